@@ -1,0 +1,14 @@
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+pkg_check_modules(LIBHWY REQUIRED IMPORTED_TARGET libhwy)
+
+# libyuv ships no pkg-config file.
+find_path(LIBYUV_INCLUDE_DIR libyuv.h REQUIRED)
+find_library(LIBYUV_LIBRARY yuv REQUIRED)
+add_library(qmx_libyuv INTERFACE)
+target_include_directories(qmx_libyuv SYSTEM INTERFACE ${LIBYUV_INCLUDE_DIR})
+target_link_libraries(qmx_libyuv INTERFACE ${LIBYUV_LIBRARY})
+
+if(NOT WIN32)
+  pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat>=59 libavcodec>=59 libavutil>=57 libswscale>=6)
+endif()

@@ -1,0 +1,63 @@
+/// @file PixelUtility.h
+/// Operations of the pixel utility library on BGRA pictures (bytes B, G, R, A; straight alpha).
+/// Every operation answers false on a descriptor it cannot use (null pixels, zero or over-large size, a stride
+/// below width * 4) and then writes nothing, unless it says otherwise.
+#pragma once
+
+#include "engine/platform/Export.h"
+#include "engine/platform/SampleInfo.h"
+
+#include <cstdint>
+
+inline constexpr std::uint32_t kScaleBilinear = 1; ///< bilinear both ways
+inline constexpr std::uint32_t kScaleArea = 2;     ///< area-averaging when shrinking, bilinear when enlarging
+
+extern "C"
+{
+    /// Scales @p pSource to the size in @p pTarget and turns the result clockwise by @p angle degrees.
+    /// @param pTarget  width and height are those BEFORE the turn. For 0 and 180 its stride counts; for 90 and 270
+    ///                 the rows written are tight (height * 4 bytes) and there are width of them.
+    /// @return false for an angle other than 0, 90, 180 and 270: the target is then cleared to transparent black.
+    QMX_PIXELUTILITY_API bool ScaleAndRotateBGRA(const tagSampleInfo* pSource, const tagSampleInfo* pTarget,
+                                                 std::uint32_t angle, std::uint32_t mode);
+    /// Turns @p pSource clockwise by @p angle degrees. @p pTarget describes the rotated picture: its size must be the
+    /// source's (0, 180) or the source's exchanged (90, 270).
+    /// @return false for any other angle or size: the target is then cleared to transparent black.
+    QMX_PIXELUTILITY_API bool RotateBGRA(const tagSampleInfo* pSource, const tagSampleInfo* pTarget,
+                                         std::uint32_t angle);
+    /// Soft chroma key, in place.
+    /// @param pFrame       picture to key
+    /// @param pBackground  picture of the same size to show through, or a descriptor with null pixels
+    /// @param pKeyColor    three bytes B, G, R
+    /// @param similarity   chroma distance that is keyed fully, 0..1
+    /// @param smoothness   width of the ramp from keyed to kept, 0..1
+    /// @param spill        strength of the spill suppression, 0..1
+    /// @param option       not 0: the spill pass runs
+    /// @param keyOnly      not 0: no background is drawn, the key multiplies the alpha
+    QMX_PIXELUTILITY_API bool ReplaceToTransparent(const tagSampleInfo* pFrame, const tagSampleInfo* pBackground,
+                                                   const std::uint8_t* pKeyColor, double similarity, double smoothness,
+                                                   double spill, std::uint8_t option, std::uint8_t keyOnly);
+}
+
+/// A fixed set of threads that share out bands of rows.
+/// Threads : Run() may be called from several threads; each call returns when all its bands are done.
+class QMX_PIXELUTILITY_API CQMXThreadPool
+{
+public:
+    /// @param threads  workers beside the calling thread; 0 = one less than the processors there are
+    explicit CQMXThreadPool(std::uint32_t threads);
+    ~CQMXThreadPool(); ///< waits for running bands
+    CQMXThreadPool(const CQMXThreadPool&) = delete;
+    CQMXThreadPool& operator=(const CQMXThreadPool&) = delete;
+
+    /// One band: @p index counts from 0 to count - 1. Must not throw.
+    using BandFunction = void (*)(void* pContext, std::uint32_t index);
+    /// Calls @p function once for every index below @p count, on the workers and on the calling thread.
+    void Run(BandFunction function, void* pContext, std::uint32_t count);
+    /// Threads that can work at the same time, the calling one included.
+    std::uint32_t GetConcurrency() const;
+
+private:
+    struct State;
+    State* m_pState; // owned; null when threads could not be started: Run() then works on the calling thread
+};

@@ -1,0 +1,80 @@
+/// @file SampleBuffer.h
+/// Frame buffers of the sample-buffer library.
+#pragma once
+
+#include "engine/platform/Export.h"
+#include "engine/platform/RefPtr.h"
+#include "engine/platform/SampleInfo.h"
+
+#include <cstdint>
+
+/// A reference-counted picture.
+/// Lifetime : born with one reference; storage returns to the library's pool with the last Release().
+/// Threads  : AddRef/Release from any thread; everything else from one thread at a time.
+/// Slots    : the order of the declarations is part of the binary interface.
+class ISampleBuffer
+{
+protected:
+    virtual ~ISampleBuffer() = default; ///< slot 0; a buffer ends through Release() only
+public:
+    /// @param ppData  [out] first row, 64-byte aligned.  @param pcbLength  [out] bytes of all rows; may be null.
+    virtual bool GetBuffer(std::uint8_t** ppData, std::uint32_t* pcbLength) = 0; // slot 1
+    virtual std::uint32_t GetStride() = 0; ///< slot 2: bytes from one row to the next
+    virtual std::uint32_t GetFlag() = 0;   ///< slot 3: creation flag: 0 straight alpha, 1 premultiplied
+    virtual void Reserved4() = 0;
+    virtual void Reserved5() = 0;
+    virtual void Reserved6() = 0;
+    virtual void Reserved7() = 0;
+    virtual void Reserved8() = 0;
+    virtual void Reserved9() = 0;
+    virtual void Reserved10() = 0;
+    virtual std::uint32_t GetWidth() = 0;  ///< slot 11: declared width, in pixels
+    virtual std::uint32_t GetHeight() = 0; ///< slot 12: declared height, in rows
+    virtual std::uint32_t GetRatioX() = 0; ///< slot 13: display aspect, horizontal part
+    virtual std::uint32_t GetRatioY() = 0; ///< slot 14: display aspect, vertical part
+    virtual void SetRatioX(std::uint32_t x) = 0;
+    virtual void SetRatioY(std::uint32_t y) = 0;
+    /// Slot 17: declares another size for the same storage (rows of width * 4 bytes for BGRA). A size that is
+    /// zero or does not fit the storage is ignored.
+    virtual void SetSize(std::uint32_t width, std::uint32_t height) = 0;
+    virtual void Reserved18() = 0;
+    virtual std::uint32_t GetFormat() = 0; ///< slot 19: 32 (BGRA) or the FOURCC NV12
+    virtual void Reserved20() = 0;
+    /// Slot 21: takes the pixels of a buffer of equal size and format; false and nothing changed otherwise.
+    virtual bool CopyFrom(ISampleBuffer* pOther) = 0;
+    virtual std::uint32_t AddRef() = 0;           ///< slot 22. @return the new count
+    virtual std::uint32_t Release() = 0;          ///< slot 23. @return the new count; 0 when the buffer is gone
+    virtual void SetAlphaFlag(bool hasAlpha) = 0; ///< slot 24: the picture is to be composited with its alpha
+    virtual bool GetAlphaFlag() = 0;              ///< slot 25
+};
+
+using SampleBufferPtr = RefPtr<ISampleBuffer>;
+
+inline constexpr std::uint32_t kSampleFormatBgra = 32;
+inline constexpr std::uint32_t kSampleFormatNv12 = 0x3231564EU; ///< FOURCC "NV12": Y plane, then interleaved UV
+
+/// What the pool of frame storage has done since the library was loaded; for tests and benchmarks.
+struct tagSampleBufferPoolInfo
+{
+    std::uint64_t nHits = 0;    ///< buffers whose storage was recycled
+    std::uint64_t nMisses = 0;  ///< buffers whose storage came from the system
+    std::uint64_t nLive = 0;    ///< buffers alive now
+    std::uint64_t cbPooled = 0; ///< bytes resting in the pool now
+};
+
+extern "C"
+{
+    /// Makes a picture with unspecified pixels, alpha flag off and its size as display aspect.
+    /// @return one reference, or null: unknown format, a zero or over-large size (side > 32,767, more than 1 GiB),
+    ///         memory is short.
+    QMX_SAMPLEBUFFER_API ISampleBuffer* CreateSampleBuffer(std::uint32_t format, std::uint32_t width,
+                                                           std::uint32_t height, std::uint32_t flag);
+    /// Adopts the pixels that @p pInfo names (rows of nWidth * 4 bytes, from AllocateSamplePixels()).
+    /// @return one reference that owns the pixels, or null: the caller keeps them.
+    QMX_SAMPLEBUFFER_API ISampleBuffer* CreateSampleBufferEx(std::uint32_t format, tagSampleInfo* pInfo);
+    /// Pixel memory that CreateSampleBufferEx() can adopt: 64-byte aligned, padded for SIMD overrun. Null when
+    /// @p cb is 0 or above 1 GiB, or memory is short.
+    QMX_SAMPLEBUFFER_API std::uint8_t* AllocateSamplePixels(std::size_t cb);
+    QMX_SAMPLEBUFFER_API void FreeSamplePixels(std::uint8_t* pPixels);
+    QMX_SAMPLEBUFFER_API void GetSampleBufferPoolInfo(tagSampleBufferPoolInfo* pInfo);
+}

@@ -1,0 +1,130 @@
+/// @file mfapi.h
+/// Media Foundation: creation functions, media type attributes and subtypes.
+#pragma once
+
+#include <mfobjects.h>
+
+inline constexpr DWORD MF_VERSION = 0x00020070U;
+inline constexpr DWORD MFSTARTUP_NOSOCKET = 1;
+inline constexpr DWORD MFSTARTUP_LITE = MFSTARTUP_NOSOCKET;
+inline constexpr DWORD MFSTARTUP_FULL = 0;
+
+extern "C"
+{
+    /// Called by the host before any media object is made, balanced by MFShutdown().
+    HRESULT MFStartup(DWORD version, DWORD flags);
+    HRESULT MFShutdown();
+    HRESULT MFCreateAttributes(IMFAttributes** ppAttributes, UINT32 initialSize);
+    HRESULT MFCreateMediaType(IMFMediaType** ppType);
+    HRESULT MFCreateSample(IMFSample** ppSample);
+    /// @retval E_OUTOFMEMORY memory is short
+    HRESULT MFCreateMemoryBuffer(DWORD cbMaxLength, IMFMediaBuffer** ppBuffer);
+    HRESULT MFCreateDXGIDeviceManager(UINT* pResetToken, IMFDXGIDeviceManager** ppManager);
+}
+
+// ---- major types and subtypes --------------------------------------------------------------------------------
+
+/// Media subtype GUID of a FOURCC or D3DFORMAT number.
+constexpr GUID PalMediaSubtype(std::uint32_t format) noexcept
+{
+    return {format, 0x0000, 0x0010, {0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71}};
+}
+constexpr std::uint32_t PalFourCC(char a, char b, char c, char d) noexcept
+{
+    return static_cast<std::uint32_t>(static_cast<unsigned char>(a)) |
+           static_cast<std::uint32_t>(static_cast<unsigned char>(b)) << 8 |
+           static_cast<std::uint32_t>(static_cast<unsigned char>(c)) << 16 |
+           static_cast<std::uint32_t>(static_cast<unsigned char>(d)) << 24;
+}
+
+inline constexpr GUID MFMediaType_Video = PalMediaSubtype(PalFourCC('v', 'i', 'd', 's'));
+inline constexpr GUID MFMediaType_Audio = PalMediaSubtype(PalFourCC('a', 'u', 'd', 's'));
+inline constexpr GUID MFVideoFormat_ARGB32 = PalMediaSubtype(21); ///< D3DFMT_A8R8G8B8: bytes B, G, R, A
+inline constexpr GUID MFVideoFormat_RGB32 = PalMediaSubtype(22);  ///< D3DFMT_X8R8G8B8: bytes B, G, R, 255
+inline constexpr GUID MFVideoFormat_NV12 = PalMediaSubtype(PalFourCC('N', 'V', '1', '2'));
+inline constexpr GUID MFVideoFormat_I420 = PalMediaSubtype(PalFourCC('I', '4', '2', '0'));
+inline constexpr GUID MFVideoFormat_H264 = PalMediaSubtype(PalFourCC('H', '2', '6', '4'));
+inline constexpr GUID MFVideoFormat_HEVC = PalMediaSubtype(PalFourCC('H', 'E', 'V', 'C'));
+inline constexpr GUID MFVideoFormat_MP4V = PalMediaSubtype(PalFourCC('M', 'P', '4', 'V'));
+inline constexpr GUID MFVideoFormat_MJPG = PalMediaSubtype(PalFourCC('M', 'J', 'P', 'G'));
+inline constexpr GUID MFVideoFormat_VP80 = PalMediaSubtype(PalFourCC('V', 'P', '8', '0'));
+inline constexpr GUID MFVideoFormat_VP90 = PalMediaSubtype(PalFourCC('V', 'P', '9', '0'));
+inline constexpr GUID MFVideoFormat_AV1 = PalMediaSubtype(PalFourCC('A', 'V', '0', '1'));
+
+// ---- media type attributes -----------------------------------------------------------------------------------
+
+inline constexpr GUID MF_MT_MAJOR_TYPE{0x48EBA18EU, 0xF8C9, 0x4687, {0xBF, 0x11, 0x0A, 0x74, 0xC9, 0xF9, 0x6A, 0x8F}};
+inline constexpr GUID MF_MT_SUBTYPE{0xF7E34C9AU, 0x42E8, 0x4714, {0xB7, 0x4B, 0xCB, 0x29, 0xD7, 0x2C, 0x35, 0xE5}};
+inline constexpr GUID MF_MT_ALL_SAMPLES_INDEPENDENT{
+    0xC9173739U, 0x5E56, 0x461C, {0xB7, 0x13, 0x46, 0xFB, 0x99, 0x5C, 0xB9, 0x5F}};
+/// UINT64: width in the high 32 bits, height in the low.
+inline constexpr GUID MF_MT_FRAME_SIZE{0x1652C33DU, 0xD6B2, 0x4012, {0xB8, 0x34, 0x72, 0x03, 0x08, 0x49, 0xA3, 0x7D}};
+/// UINT64: numerator in the high 32 bits, denominator in the low.
+inline constexpr GUID MF_MT_FRAME_RATE{0xC459A2E8U, 0x3D2C, 0x4E44, {0xB1, 0x32, 0xFE, 0xE5, 0x15, 0x6C, 0x7B, 0xB0}};
+inline constexpr GUID MF_MT_PIXEL_ASPECT_RATIO{
+    0xC6376A1EU, 0x8D0A, 0x4027, {0xBE, 0x45, 0x6D, 0x9A, 0x0A, 0xD3, 0x9B, 0xB6}};
+inline constexpr GUID MF_MT_INTERLACE_MODE{
+    0xE2724BB8U, 0xE676, 0x4806, {0xB4, 0xB2, 0xA8, 0xD6, 0xEF, 0xB4, 0x4C, 0xCD}};
+/// UINT32: clockwise angle in degrees that makes the stored picture upright: 0, 90, 180 or 270.
+inline constexpr GUID MF_MT_VIDEO_ROTATION{
+    0xC380465DU, 0x2271, 0x428C, {0x9B, 0x83, 0xEC, 0xEA, 0x3B, 0x4A, 0x85, 0xC1}};
+inline constexpr GUID MF_MT_VIDEO_NOMINAL_RANGE{
+    0xC21B8EE5U, 0xB956, 0x4071, {0x8D, 0xAF, 0x32, 0x5E, 0xDF, 0x5C, 0xAB, 0x11}};
+inline constexpr GUID MF_MT_YUV_MATRIX{0x3E23D450U, 0x2C75, 0x4D25, {0xA0, 0x0E, 0xB9, 0x16, 0x70, 0xD1, 0x23, 0x27}};
+
+enum MFVideoInterlaceMode
+{
+    MFVideoInterlace_Unknown = 0,
+    MFVideoInterlace_Progressive = 2,
+    MFVideoInterlace_FieldInterleavedUpperFirst = 3,
+    MFVideoInterlace_FieldInterleavedLowerFirst = 4,
+    MFVideoInterlace_MixedInterlaceOrProgressive = 7
+};
+enum MFNominalRange
+{
+    MFNominalRange_Unknown = 0,
+    MFNominalRange_0_255 = 1,
+    MFNominalRange_16_235 = 2
+};
+enum MFVideoTransferMatrix
+{
+    MFVideoTransferMatrix_Unknown = 0,
+    MFVideoTransferMatrix_BT709 = 1,
+    MFVideoTransferMatrix_BT601 = 2,
+    MFVideoTransferMatrix_SMPTE240M = 3,
+    MFVideoTransferMatrix_BT2020_10 = 4
+};
+
+// ---- packed pairs --------------------------------------------------------------------------------------------
+
+inline HRESULT MFGetAttribute2UINT32asUINT64(IMFAttributes* pAttributes, REFGUID key, UINT32* pHigh, UINT32* pLow)
+{
+    UINT64 packed = 0;
+    const HRESULT hr = pAttributes->GetUINT64(key, &packed);
+    if (SUCCEEDED(hr))
+    {
+        *pHigh = static_cast<UINT32>(packed >> 32);
+        *pLow = static_cast<UINT32>(packed);
+    }
+    return hr;
+}
+inline HRESULT MFSetAttribute2UINT32asUINT64(IMFAttributes* pAttributes, REFGUID key, UINT32 high, UINT32 low)
+{
+    return pAttributes->SetUINT64(key, static_cast<UINT64>(high) << 32 | low);
+}
+inline HRESULT MFGetAttributeSize(IMFAttributes* pAttributes, REFGUID key, UINT32* pWidth, UINT32* pHeight)
+{
+    return MFGetAttribute2UINT32asUINT64(pAttributes, key, pWidth, pHeight);
+}
+inline HRESULT MFSetAttributeSize(IMFAttributes* pAttributes, REFGUID key, UINT32 width, UINT32 height)
+{
+    return MFSetAttribute2UINT32asUINT64(pAttributes, key, width, height);
+}
+inline HRESULT MFGetAttributeRatio(IMFAttributes* pAttributes, REFGUID key, UINT32* pNumerator, UINT32* pDenominator)
+{
+    return MFGetAttribute2UINT32asUINT64(pAttributes, key, pNumerator, pDenominator);
+}
+inline HRESULT MFSetAttributeRatio(IMFAttributes* pAttributes, REFGUID key, UINT32 numerator, UINT32 denominator)
+{
+    return MFSetAttribute2UINT32asUINT64(pAttributes, key, numerator, denominator);
+}
