@@ -1,7 +1,9 @@
 /// @file PixelUtility.h
 /// Operations of the pixel utility library on BGRA pictures (bytes B, G, R, A; straight alpha).
-/// Every operation answers false on a descriptor it cannot use (null pixels, zero or over-large size, a stride
-/// below width * 4) and then writes nothing, unless it says otherwise.
+/// Every operation answers false on a descriptor it cannot use (null pixels, a side of 0 or above 32,767, a stride
+/// below width * 4) and when memory is short, and then writes nothing, unless it says otherwise. Source and target must
+/// not overlap. Operations may be called from several threads at a time; each shares its rows out over the library's
+/// threads, and the result does not depend on how many there are.
 #pragma once
 
 #include "engine/platform/Export.h"
@@ -9,6 +11,9 @@
 
 #include <cstdint>
 
+// Each axis is taken by itself: a picture that becomes narrower and taller is averaged along its rows and interpolated
+// down its columns. Pixels are areas, so bilinear samples lie between the centres of source pixels, and the outermost
+// half pixel repeats the edge. Channels are independent; each is within 1 level of the exact result.
 inline constexpr std::uint32_t kScaleBilinear = 1; ///< bilinear both ways
 inline constexpr std::uint32_t kScaleArea = 2;     ///< area-averaging when shrinking, bilinear when enlarging
 
@@ -17,6 +22,7 @@ extern "C"
     /// Scales @p pSource to the size in @p pTarget and turns the result clockwise by @p angle degrees.
     /// @param pTarget  width and height are those BEFORE the turn. For 0 and 180 its stride counts; for 90 and 270
     ///                 the rows written are tight (height * 4 bytes) and there are width of them.
+    /// @param mode     kScaleBilinear or kScaleArea; any other is taken as the former
     /// @return false for an angle other than 0, 90, 180 and 270: the target is then cleared to transparent black.
     QMX_PIXELUTILITY_API bool ScaleAndRotateBGRA(const tagSampleInfo* pSource, const tagSampleInfo* pTarget,
                                                  std::uint32_t angle, std::uint32_t mode);
@@ -25,26 +31,32 @@ extern "C"
     /// @return false for any other angle or size: the target is then cleared to transparent black.
     QMX_PIXELUTILITY_API bool RotateBGRA(const tagSampleInfo* pSource, const tagSampleInfo* pTarget,
                                          std::uint32_t angle);
-    /// Soft chroma key, in place.
+    /// Soft chroma key, in place. With the chroma (Cb, Cr) of a colour by Rec. ITU-R BT.709, each -0.5 to 0.5:
+    ///   kept   = clamp((|chroma - key's chroma| - similarity) / smoothness, 0, 1)
+    ///   excess = spill * max(0, chroma along the key's direction), taken away from the colour; its luma stays
+    /// With a background the result is opaque: colour * kept * alpha + background * (1 - kept * alpha), whatever the
+    /// background's alpha. Without one the alpha becomes alpha * kept.
     /// @param pFrame       picture to key
-    /// @param pBackground  picture of the same size to show through, or a descriptor with null pixels
-    /// @param pKeyColor    three bytes B, G, R
-    /// @param similarity   chroma distance that is keyed fully, 0..1
+    /// @param pBackground  picture of the same size to show through; null, or null pixels in it, for none
+    /// @param pKeyColor    three bytes B, G, R; a grey key takes greys and has no spill
+    /// @param similarity   chroma distance that is keyed fully, 0..1 (tuning values outside are taken into the range)
     /// @param smoothness   width of the ramp from keyed to kept, 0..1
     /// @param spill        strength of the spill suppression, 0..1
     /// @param option       not 0: the spill pass runs
     /// @param keyOnly      not 0: no background is drawn, the key multiplies the alpha
+    /// @return false for a background of another size, too.
     QMX_PIXELUTILITY_API bool ReplaceToTransparent(const tagSampleInfo* pFrame, const tagSampleInfo* pBackground,
                                                    const std::uint8_t* pKeyColor, double similarity, double smoothness,
                                                    double spill, std::uint8_t option, std::uint8_t keyOnly);
 }
 
 /// A fixed set of threads that share out bands of rows.
-/// Threads : Run() may be called from several threads; each call returns when all its bands are done.
+/// Threads : Run() may be called from several threads, and by a band itself; each call returns when all its bands are
+///           done. It takes no memory.
 class QMX_PIXELUTILITY_API CQMXThreadPool
 {
 public:
-    /// @param threads  workers beside the calling thread; 0 = one less than the processors there are
+    /// @param threads  workers beside the calling thread, at most 64; 0 = one less than the processors there are
     explicit CQMXThreadPool(std::uint32_t threads);
     ~CQMXThreadPool(); ///< waits for running bands
     CQMXThreadPool(const CQMXThreadPool&) = delete;

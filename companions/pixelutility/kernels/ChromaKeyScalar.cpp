@@ -35,9 +35,11 @@ float Level(float value)
     return std::min(std::max(value, 0.0F), 255.0F);
 }
 
-std::uint8_t Rounded(float value)
+/// Halves upwards, as the kernel rounds. Levels are not negative.
+std::uint8_t Rounded(float level)
 {
-    return static_cast<std::uint8_t>(value + 0.5F);
+    constexpr float kHalf = 0.5F;
+    return static_cast<std::uint8_t>(level + kHalf);
 }
 
 void KeyPixel(const ChromaKeyRule& rule, std::uint8_t* p, const std::uint8_t* pBackground)

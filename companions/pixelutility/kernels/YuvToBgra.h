@@ -41,7 +41,8 @@ struct YuvPicture
 
 /// Converts to BGRA8 with replicated chroma. Every channel is within 1 level of the formula in double precision.
 /// @param pTarget  height rows of width * 4 bytes, strideTarget apart. Nothing is written beyond a row's pixels.
-/// @return false for a picture it cannot read (null plane, size <= 0, unsupported shift or depth).
+/// @return false for a picture it cannot read (null plane, size <= 0, unsupported shift or depth) or target rows that
+///         would overlap.
 bool ConvertYuvToBgra(const YuvPicture& source, std::uint8_t* pTarget, std::ptrdiff_t strideTarget);
 
 /// The scalar twin: the same results, pixel by pixel.

@@ -105,6 +105,7 @@ TEST(CQMXThreadPool, ServesSeveralCallersAndBandsThatCallItAgain)
         std::atomic<int> inner = 0;
     };
     std::vector<std::thread> callers;
+    callers.reserve(4);
     std::atomic<int> errors = 0;
     for (int i = 0; i < 4; ++i)
     {

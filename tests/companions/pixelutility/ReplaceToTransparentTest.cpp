@@ -155,11 +155,11 @@ TEST(ReplaceToTransparent, TakesTheKeysTintOutWhenTheSpillPassIsOn)
     const TestPixel greenish = {100, 160, 110, 255};
     Tuning tuning{0.05, 0.05, 1.0, 1, 0};
     const TestPixel clean = Keyed(greenish, tuning);
-    const auto [keyCb, keyCr] = ChromaOf(kGreenPixel);
-    const auto along = [&](const TestPixel& p)
+    const std::array<double, 2> key = ChromaOf(kGreenPixel);
+    const auto along = [&key](const TestPixel& p)
     {
-        const auto [cb, cr] = ChromaOf(p);
-        return (cb * keyCb + cr * keyCr) / std::hypot(keyCb, keyCr);
+        const std::array<double, 2> chroma = ChromaOf(p);
+        return (chroma[0] * key[0] + chroma[1] * key[1]) / std::hypot(key[0], key[1]);
     };
     const auto luma = [](const TestPixel& p) { return 0.0722 * p[0] + 0.7152 * p[1] + 0.2126 * p[2]; };
     ASSERT_GT(along(greenish), 0.05);

@@ -306,6 +306,7 @@ TEST(ScaleAndRotateBGRA, ServesSeveralThreadsAtATime)
     ASSERT_TRUE(Scale(source, expected, kScaleArea));
     std::atomic<int> errors = 0;
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i)
     {
         threads.emplace_back(
