@@ -114,11 +114,11 @@ NominalRate ChooseRate(std::span<const std::int64_t> pts, std::int64_t tickNum, 
     if (Fits(pts, secondsPerTick, hints.average))
         return {hints.average, true};
     // A stream with holes (dropped or unchanged pictures left out) still stands on a grid.
+    if (Fits(pts, secondsPerTick, hints.lowest))
+        return {Polish(hints.lowest), true};
     for (const Rate& common : kCommonRates)
         if (Fits(pts, secondsPerTick, common))
             return {common, true};
-    if (Fits(pts, secondsPerTick, hints.lowest))
-        return {hints.lowest, true};
 
     double shortest = 1.0;
     for (std::size_t i = 1; i < pts.size(); ++i)
