@@ -1,0 +1,47 @@
+#include "host/output/TimeLabel.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <set>
+#include <vector>
+
+namespace qmx::host
+{
+namespace
+{
+/// The dots of a text, drawn by itself.
+std::vector<std::uint8_t> Drawn(std::string_view text)
+{
+    Canvas canvas(static_cast<std::uint32_t>(LabelWidth(text)), static_cast<std::uint32_t>(kLabelHeight));
+    std::memset(canvas.Row(0), 0, canvas.ByteCount());
+    DrawLabel(canvas, text, 0, 0);
+    return {canvas.Row(0), canvas.Row(0) + canvas.ByteCount()};
+}
+
+TEST(LabelText, ShowsMinutesSecondsAndMilliseconds)
+{
+    EXPECT_EQ(LabelText(0), "0:00.000");
+    EXPECT_EQ(LabelText(615'000'000), "1:01.500");
+    EXPECT_EQ(LabelText(9'999), "0:00.000");
+    EXPECT_EQ(LabelText(36'000'000'000), "60:00.000");
+}
+
+TEST(DrawLabel, EveryCharacterHasAShapeOfItsOwn)
+{
+    std::set<std::vector<std::uint8_t>> shapes;
+    for (const char c : std::string_view("0123456789:. "))
+        shapes.insert(Drawn(std::string_view(&c, 1)));
+    EXPECT_EQ(shapes.size(), 13U);
+}
+
+TEST(DrawLabel, WhatLiesOutsideIsLeftOut)
+{
+    Canvas canvas(20, 10);
+    std::memset(canvas.Row(0), 0, canvas.ByteCount());
+    for (const std::int32_t offset : {-1000, -13, -5, 3, 15, 1000})
+        DrawLabel(canvas, "8888", offset, offset); // the sanitizers watch
+    EXPECT_NE(canvas.Row(9)[19 * 4], 1);
+}
+} // namespace
+} // namespace qmx::host
