@@ -2,6 +2,8 @@
 /// The decoder property record: what a clip asks of a decoder.
 #pragma once
 
+#include "engine/platform/Export.h"
+
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -48,4 +50,4 @@ struct tagDecProp
 /// Duration of one frame: 10,000,000 / @p frameRate in 100 ns, truncated toward zero.
 /// What an unsigned 64-bit number cannot hold (a rate of 0 gives infinity, or not a number) is all ones; a negative
 /// quotient wraps around as unsigned arithmetic does.
-std::uint64_t FrameDurationFromRate(double frameRate);
+QMX_API std::uint64_t FrameDurationFromRate(double frameRate);
