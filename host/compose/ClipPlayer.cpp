@@ -17,7 +17,7 @@ ClipPlayer::ClipPlayer(IQMXTrack& track, int index, std::uint32_t width, std::ui
 {
     IQMXBaseClip& clip = *track.GetClip(index);
     m_isVideo = true;
-    m_frameDuration = static_cast<std::uint64_t>(1e7 / source.rate.PerSecond());
+    m_frameDuration = std::max<std::uint64_t>(1, static_cast<std::uint64_t>(1e7 / source.frameRate));
     m_statedFrames = source.duration / m_frameDuration;
     m_origin = clip.GetStartTime() - clip.GetInPoint(); // wraps around as the engine's own sums do
 }

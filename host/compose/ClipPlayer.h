@@ -2,8 +2,6 @@
 /// The pictures of one clip.
 #pragma once
 
-#include "host/project/FrameRate.h"
-
 #include "engine/qmx.h"
 
 #include <cstdint>
@@ -19,7 +17,7 @@ public:
     /// The source behind a video clip.
     struct Source
     {
-        FrameRate rate;
+        double frameRate = 30;      ///< frames per second, greater than 0
         std::uint64_t duration = 0; ///< as the container says, 100 ns; 0 when it does not
     };
 

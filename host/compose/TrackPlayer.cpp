@@ -16,8 +16,10 @@ namespace
 ClipPlayer::Source SourceOf(const tagVideoInfo& info, const ProjectClip& clip)
 {
     ClipPlayer::Source source;
-    const std::optional<FrameRate> stated = FrameRate::FromFraction(info.nFrameRateNum, info.nFrameRateDen);
-    source.rate = clip.frameRate.value_or(stated.value_or(FrameRate{}));
+    if (clip.frameRate)
+        source.frameRate = clip.frameRate->PerSecond();
+    else if (info.nFrameRateNum != 0 && info.nFrameRateDen != 0)
+        source.frameRate = static_cast<double>(info.nFrameRateNum) / info.nFrameRateDen;
     const double seconds = std::clamp(info.dDuration, 0.0, static_cast<double>(kMaxTime / kTimePerSecond));
     source.duration = static_cast<std::uint64_t>(std::llround(seconds * 1e7));
     return source;
@@ -126,7 +128,7 @@ void TrackPlayer::AddVideo(MediaProbe& probe, const ProjectClip& clip)
     if (!pVideo)
         throw HostError(ExitCode::Failed, subject, clip.place + ": the engine made no video clip");
     pVideo->SetRotation(clip.rotation);
-    pVideo->SetFrameRate(source.rate.PerSecond());
+    pVideo->SetFrameRate(source.frameRate);
     m_clips.emplace_back(*m_pTrack, static_cast<int>(m_clips.size()), size->width, size->height, source);
 }
 
