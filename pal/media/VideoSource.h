@@ -62,6 +62,7 @@ private:
     bool Feed();
     bool Accept();
     std::int64_t TimeOfNewPicture();
+    std::int64_t Margin() const;
     void Trim();
     void CarryOutSeek();
     bool IsInWindow(std::int64_t index) const;
