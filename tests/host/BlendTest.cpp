@@ -31,8 +31,8 @@ TEST(DrawRow, EveryValueIsTheRoundedFormula)
         {
             for (int source = 0; source < 256; source += 5)
             {
-                Pixels from(256 * 4);
-                Pixels to(256 * 4);
+                Pixels from(1024);
+                Pixels to(1024);
                 for (std::size_t i = 0; i < 256; ++i)
                 {
                     const std::uint8_t channels[3] = {static_cast<std::uint8_t>(source),
@@ -64,8 +64,8 @@ TEST(DrawRow, EveryLengthTouchesItsOwnPixelsOnly)
     {
         for (std::size_t pixels = 0; pixels <= 67; ++pixels)
         {
-            Pixels from(68 * 4);
-            Pixels to(68 * 4);
+            Pixels from(272);
+            Pixels to(272);
             std::generate(from.begin(), from.end(), [&] { return static_cast<std::uint8_t>(random.Below(256)); });
             // Runs of one alpha, so that whole blocks are empty or solid now and then.
             for (std::size_t i = 0; i < 68; ++i)

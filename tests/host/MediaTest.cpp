@@ -46,7 +46,7 @@ protected:
     /// The composed picture at @p at seconds.
     std::optional<Picture> FrameAt(const std::string& at) const
     {
-        const Run run({"frame", Project(), "--at", at, "-o", Name("f.png")});
+        const QmxRun run({"frame", Project(), "--at", at, "-o", Name("f.png")});
         EXPECT_EQ(run.ExitCode(), 0) << run.Errors();
         return test_support::ReadPng(Name("f.png"));
     }
@@ -55,7 +55,7 @@ protected:
         std::vector<std::string> arguments{"hash", Project()};
         if (!from.empty())
             arguments.insert(arguments.end(), {"--from", from});
-        const Run run(arguments);
+        const QmxRun run(arguments);
         EXPECT_EQ(run.ExitCode(), 0) << run.Errors();
         std::vector<std::string> lines;
         std::istringstream stream(run.Output());
@@ -105,12 +105,12 @@ TEST_F(Media, InfoTellsTheFactsOfAFile)
 {
     QMX_REQUIRE_MEDIA(turned, "rotated-90-30.mp4");
     QMX_REQUIRE_MEDIA(ntsc, "h264-2997.mkv");
-    const Run text({"info", ntsc.string()});
+    const QmxRun text({"info", ntsc.string()});
     EXPECT_EQ(text.ExitCode(), 0);
     EXPECT_EQ(
         text.Output().rfind(ntsc.string() + ": 192 x 108, 30000/1001 frames/s, rotation 0, pixel aspect 1:1, ", 0), 0U)
         << text.Output();
-    const Run run({"info", "--json", turned.string(), ntsc.string()});
+    const QmxRun run({"info", "--json", turned.string(), ntsc.string()});
     EXPECT_EQ(run.ExitCode(), 0) << run.Errors();
     const nlohmann::json list = nlohmann::json::parse(run.Output(), nullptr, false);
     ASSERT_TRUE(list.is_array());
@@ -130,7 +130,7 @@ TEST_F(Media, InfoTellsTheFactsOfAFile)
 TEST_F(Media, InfoGoesOnAfterAFileThatCannotBeRead)
 {
     QMX_REQUIRE_MEDIA(film, "h264-bframes-30.mp4");
-    const Run run({"info", "--json", Name("none.mp4"), film.string()});
+    const QmxRun run({"info", "--json", Name("none.mp4"), film.string()});
     EXPECT_EQ(run.ExitCode(), 4);
     EXPECT_EQ(nlohmann::json::parse(run.Output(), nullptr, false).size(), 1U);
     EXPECT_NE(run.Errors().find("none.mp4"), std::string::npos);
@@ -145,7 +145,7 @@ TEST_F(Media, EveryRenderedFrameShowsItsOwnPicture)
     {
         QMX_REQUIRE_MEDIA(film, name);
         WriteProject(rate, Track(Video(film, "0", "5")));
-        const Run run({"render", Project(), "-o", Name("a.mp4"), "--preset", "ultrafast", "--crf", "10"});
+        const QmxRun run({"render", Project(), "-o", Name("a.mp4"), "--preset", "ultrafast", "--crf", "10"});
         ASSERT_EQ(run.ExitCode(), 0) << run.Errors();
         const DecodedVideo video(Name("a.mp4"));
         ASSERT_GT(video.frames.size(), 100U);
@@ -161,7 +161,7 @@ TEST_F(Media, TrimmedAndMovedClipsShowTheirPartOfTheSource)
     WriteProject("30",
                  Track(Video(film, "1", "1", ", \"inPoint\": 2") + ", " + Video(film, "2", "1", ", \"inPoint\": 0.5") +
                        R"(, {"type": "color", "start": 4, "duration": 0.5})"));
-    const Run run({"render", Project(), "-o", Name("a.mp4"), "--preset", "ultrafast", "--crf", "10"});
+    const QmxRun run({"render", Project(), "-o", Name("a.mp4"), "--preset", "ultrafast", "--crf", "10"});
     ASSERT_EQ(run.ExitCode(), 0) << run.Errors();
     const DecodedVideo video(Name("a.mp4"));
     ASSERT_EQ(video.frames.size(), 135U);
@@ -242,7 +242,7 @@ TEST_F(Media, LaterTracksLieOnEarlierOnes)
     ASSERT_TRUE(picture);
     EXPECT_EQ(test_support::ReadFrameStrip(*picture), 6U);
     EXPECT_EQ(test_support::ReadFrameStrip(Cropped(*picture, 160, 180, 320, 180)), 126U);
-    const Run run({"frame", Project(), "--at", "0.2", "--track", "2", "-o", Name("t.png")});
+    const QmxRun run({"frame", Project(), "--at", "0.2", "--track", "2", "-o", Name("t.png")});
     ASSERT_EQ(run.ExitCode(), 0) << run.Errors();
     const std::optional<Picture> alone = test_support::ReadPng(Name("t.png"));
     ASSERT_TRUE(alone);
@@ -289,7 +289,7 @@ TEST_F(Media, AVariableRatePlaysInStep)
 {
     QMX_REQUIRE_MEDIA(film, "vfr-bursts.mp4"); // numbered by a clock of 120 ticks a second
     WriteProject("60", Track(Video(film, "0", "9.5")));
-    const Run run({"render", Project(), "-o", Name("a.mp4"), "--preset", "ultrafast", "--crf", "10"});
+    const QmxRun run({"render", Project(), "-o", Name("a.mp4"), "--preset", "ultrafast", "--crf", "10"});
     ASSERT_EQ(run.ExitCode(), 0) << run.Errors();
     const DecodedVideo video(Name("a.mp4"));
     ASSERT_EQ(video.frames.size(), 570U);
@@ -332,7 +332,7 @@ TEST_F(Media, TheSheetShowsTheMiddleOfEachPart)
 {
     QMX_REQUIRE_MEDIA(film, "h264-bframes-30.mp4");
     WriteProject("30", Track(Video(film, "0", "10")));
-    const Run run({"sheet", Project(), "-o", Name("s.png"), "--columns", "3", "--rows", "2"});
+    const QmxRun run({"sheet", Project(), "-o", Name("s.png"), "--columns", "3", "--rows", "2"});
     ASSERT_EQ(run.ExitCode(), 0) << run.Errors();
     const std::optional<Picture> page = test_support::ReadPng(Name("s.png"));
     ASSERT_TRUE(page);
@@ -359,7 +359,7 @@ TEST_F(Media, TheOutputMayNotBeOneOfTheMedia)
     QMX_REQUIRE_MEDIA(film, "h264-bframes-30.mp4");
     fs::copy_file(film, Name("copy.mp4"));
     WriteProject("30", Track(Video("copy.mp4", "0", "1")));
-    const Run run({"render", Project(), "-o", Name("copy.mp4")});
+    const QmxRun run({"render", Project(), "-o", Name("copy.mp4")});
     EXPECT_EQ(run.ExitCode(), 5);
     EXPECT_EQ(run.Errors(), "qmx: " + Name("copy.mp4") + ": is a file that the project is made of\n");
     EXPECT_EQ(fs::file_size(Name("copy.mp4")), fs::file_size(film));

@@ -22,7 +22,7 @@ TEST(WritePng, EveryPixelComesBack)
         for (std::uint32_t x = 0; x < 67; ++x)
         {
             const std::uint32_t pixel = 0xFF000000U | x << 16 | (x * y) << 8 | y;
-            std::memcpy(canvas.Row(y) + x * 4, &pixel, 4);
+            std::memcpy(canvas.Row(y) + std::size_t{x} * 4, &pixel, 4);
         }
     }
     WritePng(canvas, file);
