@@ -69,6 +69,7 @@ TEST_F(CommandLine, HelpAndVersionGoToStandardOutput)
 TEST_F(CommandLine, AWrongCommandLineIsTwoAndSaysWhatIsWrong)
 {
     const std::string out = Name("a.mp4");
+    const std::string png = Name("a.png");
     const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
         {{}, "subcommand"},
         {{"paint"}, "subcommand"},
@@ -81,17 +82,19 @@ TEST_F(CommandLine, AWrongCommandLineIsTwoAndSaysWhatIsWrong)
         {{"render", Project(), "-o", out, "--progress", "json", "--no-progress"}, "--no-progress"},
         {{"render", Project(), "-o", out, "--colour"}, "--colour"},
         {{"render", Project(), "-o", out, "extra"}, "extra"},
-        {{"render", Project(), "-o", Name("a.avi")}, "a.avi: the name of a video must end in .mp4"},
+        {{"render", Project(), "-o", Name("a.avi")}, "a.avi: the name must end in .mp4"},
         {{"render", Project(), "-o", out, "--from", "1.001"}, "--from: 1.001 lies at or behind"},
         {{"render", Project(), "-o", out, "--to", "1,5"}, "--to: \"1,5\" is no number of seconds"},
         {{"hash", Project(), "--from", "-1"}, "--from: -1 lies outside the project"},
-        {{"frame", Project(), "-o", out}, "--at"},
-        {{"frame", Project(), "-o", out, "--at", "2"}, "--at: 2 lies at or behind the project's end"},
-        {{"frame", Project(), "-o", out, "--at", "0", "--track", "8"},
+        {{"frame", Project(), "-o", out, "--at", "0"}, "a.mp4: the name must end in .png"},
+        {{"sheet", Project(), "-o", Name("png")}, "png: the name must end in .png"},
+        {{"frame", Project(), "-o", png}, "--at"},
+        {{"frame", Project(), "-o", png, "--at", "2"}, "--at: 2 lies at or behind the project's end"},
+        {{"frame", Project(), "-o", png, "--at", "0", "--track", "8"},
          "--track: the project has no track with the ID 8"},
-        {{"frame", Project(), "-o", out, "--at", "0", "--track", "x"}, "--track: \"x\" is no track ID"},
-        {{"sheet", Project(), "-o", out, "--columns", "0"}, "--columns"},
-        {{"sheet", Project(), "-o", out, "--rows", "33"}, "--rows"},
+        {{"frame", Project(), "-o", png, "--at", "0", "--track", "x"}, "--track: \"x\" is no track ID"},
+        {{"sheet", Project(), "-o", png, "--columns", "0"}, "--columns"},
+        {{"sheet", Project(), "-o", png, "--rows", "33"}, "--rows"},
         {{"info"}, "FILE"}};
     for (const auto& [arguments, word] : cases)
     {
@@ -199,9 +202,11 @@ TEST_F(CommandLine, OutputsThatCannotBeWrittenAreFiveAndLeaveNothing)
         EXPECT_EQ(run.ExitCode(), kOutput) << arguments[0];
         EXPECT_EQ(run.Errors(), "qmx: " + arguments.back() + ": cannot be written: No such file or directory\n");
     }
-    const QmxRun itself({"frame", Project(), "--at", "0", "-o", Project()});
+    fs::create_symlink("p.json", Name("p.png"));
+    const QmxRun itself({"frame", Project(), "--at", "0", "-o", Name("p.png")});
     EXPECT_EQ(itself.ExitCode(), kOutput);
-    EXPECT_EQ(itself.Errors(), "qmx: " + Project() + ": is a file that the project is made of\n");
+    EXPECT_EQ(itself.Errors(), "qmx: " + Name("p.png") + ": is a file that the project is made of\n");
+    fs::remove(Name("p.png"));
     ExpectNothingLeft();
 }
 
