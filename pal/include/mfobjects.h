@@ -16,6 +16,7 @@ struct IMFAttributes : public IUnknown
     virtual HRESULT STDMETHODCALLTYPE GetGUID(REFGUID key, GUID* pValue) = 0;
     virtual HRESULT STDMETHODCALLTYPE GetUnknown(REFGUID key, REFIID iid, void** ppObject) = 0;
     virtual HRESULT STDMETHODCALLTYPE DeleteItem(REFGUID key) = 0;
+    virtual HRESULT STDMETHODCALLTYPE DeleteAllItems() = 0;
     virtual HRESULT STDMETHODCALLTYPE SetUINT32(REFGUID key, UINT32 value) = 0;
     virtual HRESULT STDMETHODCALLTYPE SetUINT64(REFGUID key, UINT64 value) = 0;
     virtual HRESULT STDMETHODCALLTYPE SetDouble(REFGUID key, double value) = 0;

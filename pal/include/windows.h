@@ -155,10 +155,10 @@ extern "C"
     BOOL CloseHandle(HANDLE handle);
 }
 
-/// A recursive lock. The storage is opaque; initialise before use and delete after.
+/// A recursive lock. The storage is opaque; initialise before use and delete after, never copy.
 struct CRITICAL_SECTION
 {
-    void* m_pLock; ///< owned by InitializeCriticalSection / DeleteCriticalSection
+    alignas(16) unsigned char m_storage[64];
 };
 using LPCRITICAL_SECTION = CRITICAL_SECTION*;
 

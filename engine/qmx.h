@@ -1,0 +1,23 @@
+/// @file qmx.h
+/// Everything that a host of the engine needs.
+///
+/// The host starts the platform's media services (MFStartup) before it asks for pictures, makes one cleaner and its
+/// documents, fills them with tracks and clips, and asks the tracks for frames.
+#pragma once
+
+#include "engine/clips/IQMXBaseClip.h"
+#include "engine/clips/QMXBaseClip.h"
+#include "engine/clips/QMXColorClip.h"
+#include "engine/clips/QMXVideoClip.h"
+#include "engine/decoders/Decoder.h"
+#include "engine/decoders/DecoderCache.h"
+#include "engine/decoders/DecoderProp.h"
+#include "engine/decoders/IDecoder.h"
+#include "engine/decoders/media/VideoDecoder.h"
+#include "engine/decoders/media/VideoInfo.h"
+#include "engine/model/ClipFactory.h"
+#include "engine/model/IQMXCleaner.h"
+#include "engine/model/IQMXDocument.h"
+#include "engine/model/IQMXTrack.h"
+#include "engine/platform/RefPtr.h"
+#include "engine/platform/SampleBuffer.h"

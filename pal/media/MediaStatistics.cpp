@@ -1,0 +1,10 @@
+#include "pal/media/MediaStatistics.h"
+
+namespace pal
+{
+MediaStatistics& GetMediaStatistics()
+{
+    static MediaStatistics statistics;
+    return statistics;
+}
+} // namespace pal

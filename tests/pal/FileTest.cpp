@@ -1,0 +1,92 @@
+#include "pal/kernel/PathText.h"
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <string>
+
+namespace
+{
+HANDLE OpenForReading(const std::string& path)
+{
+    return CreateFileW(pal::FromPathBytes(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                       FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+std::uint64_t Ticks(const FILETIME& time)
+{
+    return static_cast<std::uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
+}
+
+/// A file that is gone with the test.
+class TemporaryFile
+{
+public:
+    TemporaryFile()
+    {
+        const int descriptor = mkstemp(m_path.data());
+        if (descriptor >= 0)
+            close(descriptor);
+    }
+    ~TemporaryFile() { std::remove(m_path.c_str()); }
+    const std::string& GetPath() const { return m_path; }
+
+private:
+    std::string m_path = testing::TempDir() + "qmx_file_XXXXXX";
+};
+} // namespace
+
+TEST(GetFileTime, CountsFrom1601InHundredsOfNanoseconds)
+{
+    const TemporaryFile file;
+    // 1 January 2000, 0:00 UTC is 12,591,158,400 s after 1 January 1601.
+    const timespec times[2] = {{946'684'800, 700}, {946'684'800, 700}};
+    ASSERT_EQ(utimensat(AT_FDCWD, file.GetPath().c_str(), times, 0), 0);
+    HANDLE const handle = OpenForReading(file.GetPath());
+    ASSERT_NE(handle, INVALID_HANDLE_VALUE);
+    FILETIME written = {};
+    ASSERT_EQ(GetFileTime(handle, nullptr, nullptr, &written), TRUE);
+    EXPECT_EQ(Ticks(written), 125'911'584'000'000'007ULL);
+    EXPECT_EQ(CloseHandle(handle), TRUE);
+}
+
+TEST(CreateFileW, RefusesFoldersMissingFilesAndWriting)
+{
+    EXPECT_EQ(OpenForReading(testing::TempDir()), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(OpenForReading(testing::TempDir() + "qmx_no_such_file"), INVALID_HANDLE_VALUE);
+    const TemporaryFile file;
+    EXPECT_EQ(CreateFileW(pal::FromPathBytes(file.GetPath()).c_str(), 0x40000000U, FILE_SHARE_READ, nullptr,
+                          OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr),
+              INVALID_HANDLE_VALUE);
+}
+
+TEST(FileTimeToLocalFileTime, AddsTheOffsetThatHoldsNow)
+{
+    const char* const pOld = std::getenv("TZ");
+    const std::string old = pOld != nullptr ? pOld : "";
+    setenv("TZ", "XYZ-5:30", 1); // east of Greenwich, no daylight saving
+    const FILETIME utc = {0x10, 0x01000000};
+    FILETIME local = {};
+    EXPECT_EQ(FileTimeToLocalFileTime(&utc, &local), TRUE);
+    EXPECT_EQ(Ticks(local) - Ticks(utc), 19'800ULL * 10'000'000);
+    EXPECT_EQ(FileTimeToLocalFileTime(nullptr, &local), FALSE);
+    pOld != nullptr ? setenv("TZ", old.c_str(), 1) : unsetenv("TZ");
+    tzset();
+}
+
+TEST(Wcsicmp, IgnoresTheCaseOfLatinLettersOnly)
+{
+    EXPECT_EQ(_wcsicmp(L"SwF", L"sWf"), 0);
+    EXPECT_LT(_wcsicmp(L"gif", L"swf"), 0);
+    EXPECT_GT(_wcsicmp(L"gifs", L"gif"), 0);
+    EXPECT_NE(_wcsicmp(L"\u00C9", L"\u00E9"), 0);
+    EXPECT_EQ(_wcsicmp(L"", L""), 0);
+}
