@@ -144,7 +144,7 @@ TEST(ClipPlayer, ATimeBeyondTheEndShowsTheLastPictureAlsoWhenAskedFirst)
             EXPECT_EQ(NumberOf(player.PictureAt(length * 20)), frames - 1) << frames << " stated " << stated;
             EXPECT_EQ(NumberOf(player.PictureAt(length * 20 + 333'333)), frames - 1);
             EXPECT_EQ(NumberOf(player.PictureAt(0)), 0U);
-            EXPECT_LE(track.decoded, 40);
+            EXPECT_LE(track.decoded, 51); // down, up and halving: 3 times the 17 doublings that make 100,000
         }
     }
 }

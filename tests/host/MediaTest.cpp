@@ -139,7 +139,7 @@ TEST_F(Media, InfoGoesOnAfterAFileThatCannotBeRead)
 TEST_F(Media, EveryRenderedFrameShowsItsOwnPicture)
 {
     for (const auto& [name, rate] : {std::pair{"h264-bframes-30.mp4", "30"},
-                                     {"h264-2997.mkv", "30000/1001"},
+                                     {"h264-5994.mkv", "60000/1001"},
                                      {"h264-bframes-23976.mp4", "24000/1001"},
                                      {"hevc-bframes-50.mkv", "50"}})
     {
@@ -367,11 +367,11 @@ TEST_F(Media, TheOutputMayNotBeOneOfTheMedia)
 
 TEST_F(Media, TheSmallestHostShowsAPicture)
 {
-    QMX_REQUIRE_MEDIA(film, "rgb-h264-64.mp4");
+    QMX_REQUIRE_MEDIA(film, "h264-bframes-30.mp4");
     Program run(QMX_ONEFRAME, {film.string()});
     run.Finish();
     EXPECT_EQ(run.ExitCode(), 0) << run.Errors();
-    EXPECT_EQ(run.Output().rfind("640 x 480, first pixel #", 0), 0U) << run.Output();
+    EXPECT_EQ(run.Output().rfind("640 x 360, first pixel #", 0), 0U) << run.Output();
 }
 
 TEST(OneFrame, ShowsABlackPictureWithoutAFilm)
