@@ -105,11 +105,16 @@ void VideoSource::Seek(std::int64_t time)
     m_nextIndex = std::max<std::int64_t>(0, m_timing.grid.IndexAtOrAfter(time));
     m_seekPending = true;
     // Far past the end, nothing needs to be decoded to know that there is nothing.
-    constexpr std::int64_t kBeyondAnyDoubt = 5;
-    const FrameGrid& grid = m_timing.grid;
-    const std::int64_t margin = grid.tickDen / std::max<std::int64_t>(1, grid.tickNum) * kBeyondAnyDoubt;
-    if (m_timing.end < INT64_MAX - margin && grid.PtsOf(m_nextIndex) > m_timing.end + margin)
+    const std::int64_t pts = m_timing.grid.PtsOf(m_nextIndex);
+    if (pts > m_timing.end && pts - m_timing.end > Margin())
         SeekToEnd();
+}
+
+/// Ticks past the stated end at which nothing can stand any more.
+std::int64_t VideoSource::Margin() const
+{
+    constexpr std::int64_t kSeconds = 5;
+    return kSeconds * m_timing.grid.tickDen / std::max<std::int64_t>(1, m_timing.grid.tickNum);
 }
 
 void VideoSource::SeekToEnd()
@@ -205,13 +210,19 @@ bool VideoSource::BeginDecoding(const PacketReader::Outlook& outlook, bool flush
         avcodec_flush_buffers(m_pCodec.get());
         m_draining = false;
         m_drained = false;
+        m_beganPts = INT64_MIN;
         m_lastPts = INT64_MIN;
         m_decodeTimes.clear();
     }
     m_keepPts = outlook.keepPts;
     m_window.clear();
     m_shown = 0;
-    return DecodeNext() && m_window.front().index <= m_nextIndex;
+    if (!DecodeNext())
+        return false;
+    // A stream that refreshes gradually marks pictures as key from which the decoder only works its way up to a whole
+    // one, and not exactly the one that decoding from further back gives.
+    const bool trueKey = !flush || !outlook.keyFound || m_beganPts - m_timing.averageDuration <= outlook.keyPts;
+    return trueKey && m_window.front().index <= m_nextIndex;
 }
 
 bool VideoSource::Feed()
@@ -254,7 +265,8 @@ bool VideoSource::DecodeNext()
     {
         const Decoded& last = m_window.back();
         const FrameGrid& grid = m_timing.grid;
-        m_endIndex = std::max(last.index + 1, grid.IndexOf(last.pts + last.duration));
+        const std::int64_t end = std::min(last.pts + last.duration, std::max(m_timing.end, last.pts));
+        m_endIndex = std::max(last.index + 1, grid.IndexOf(end));
     }
     return false;
 }
@@ -284,11 +296,13 @@ bool VideoSource::Accept()
 {
     ++GetMediaStatistics().picturesDecoded;
     std::int64_t pts = TimeOfNewPicture();
-    // A stamp before its predecessor's or past the end is damage: such a picture is late, or simply the next one.
+    // A stamp before its predecessor's is damage: that picture is late. One far past the end would hold everything up.
     if (m_lastPts != INT64_MIN && pts <= m_lastPts)
         return false;
-    if (m_lastPts != INT64_MIN && pts > m_timing.end && m_lastPts < m_timing.end)
-        pts = std::min(pts, m_lastPts + m_timing.averageDuration);
+    if (m_lastPts != INT64_MIN && m_lastPts < m_timing.end && pts > m_timing.end && pts - m_timing.end > Margin())
+        pts = m_lastPts + m_timing.averageDuration;
+    if (m_lastPts == INT64_MIN)
+        m_beganPts = pts;
     m_lastPts = pts;
 
     if (pts <= m_keepPts)
