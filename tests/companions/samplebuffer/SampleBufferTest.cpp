@@ -1,5 +1,5 @@
 #include "engine/platform/SampleBuffer.h"
-#include "tests/companions/samplebuffer/SystemMemory.h"
+#include "tests/companions/SystemMemory.h"
 
 #include <gtest/gtest.h>
 

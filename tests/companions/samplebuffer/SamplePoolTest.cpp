@@ -1,6 +1,6 @@
 #include "engine/platform/SampleBuffer.h"
+#include "tests/companions/SystemMemory.h"
 #include "tests/companions/TestSeed.h"
-#include "tests/companions/samplebuffer/SystemMemory.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tests/companions/samplebuffer/SystemMemory.h"
+#include "tests/companions/SystemMemory.h"
 
 #include <atomic>
 #include <cstdlib>

@@ -1,0 +1,157 @@
+#include "host/CommandLine.h"
+
+#include "host/commands/FrameCommand.h"
+#include "host/commands/HashCommand.h"
+#include "host/commands/InfoCommand.h"
+#include "host/commands/RenderCommand.h"
+#include "host/commands/SheetCommand.h"
+#include "host/output/ContactSheet.h"
+#include "host/system/StandardOutput.h"
+
+#include <CLI/CLI.hpp>
+
+#include <unistd.h>
+
+namespace qmx::host
+{
+namespace
+{
+const std::set<std::string> kPresets{"ultrafast", "superfast", "veryfast", "faster",  "fast",
+                                     "medium",    "slow",      "slower",   "veryslow"};
+
+void AddProject(CLI::App& command, std::string& project)
+{
+    command.add_option("PROJECT", project, "Project file (JSON)")->required();
+}
+
+void AddOutput(CLI::App& command, std::string& output, const char* pText)
+{
+    command.add_option("-o,--output", output, pText)->required();
+}
+
+void AddSpan(CLI::App& command, std::string& from, std::string& to)
+{
+    command.add_option("--from", from, "Start in seconds; otherwise the project's start");
+    command.add_option("--to", to, "End in seconds; otherwise the project's end");
+}
+
+/// The options of every command, as CLI11 fills them.
+struct Options
+{
+    RenderOptions render;
+    bool noProgress = false;
+    std::string progress;
+    FrameOptions frame;
+    SheetOptions sheet;
+    HashOptions hash;
+    InfoOptions info;
+};
+
+CLI::App* AddRender(CLI::App& app, Options& options)
+{
+    CLI::App* const pCommand = app.add_subcommand("render", "Encode a project as a video (H.264 in MP4)");
+    AddProject(*pCommand, options.render.project);
+    AddOutput(*pCommand, options.render.output, "Video file to write, *.mp4");
+    AddSpan(*pCommand, options.render.from, options.render.to);
+    pCommand->add_option("--crf", options.render.crf, "Quality, 0 (lossless) to 51 (worst)")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 51));
+    pCommand->add_option("--preset", options.render.preset, "Speed of the encoder against size of the file")
+        ->capture_default_str()
+        ->check(CLI::IsMember(kPresets));
+    CLI::Option* const pNone = pCommand->add_flag("--no-progress", options.noProgress, "Show no progress");
+    pCommand->add_option("--progress", options.progress, "json: one JSON object per line on standard output")
+        ->check(CLI::IsMember({"json"}))
+        ->excludes(pNone);
+    return pCommand;
+}
+
+CLI::App* AddFrame(CLI::App& app, Options& options)
+{
+    CLI::App* const pCommand = app.add_subcommand("frame", "Write one frame of a project as a PNG file");
+    AddProject(*pCommand, options.frame.project);
+    pCommand->add_option("--at", options.frame.at, "Time in seconds")->required();
+    pCommand->add_option("--track", options.frame.track, "ID of the only track to show");
+    AddOutput(*pCommand, options.frame.output, "PNG file to write");
+    return pCommand;
+}
+
+CLI::App* AddSheet(CLI::App& app, Options& options)
+{
+    CLI::App* const pCommand = app.add_subcommand("sheet", "Write frames spread over a project as one PNG file");
+    AddProject(*pCommand, options.sheet.project);
+    AddOutput(*pCommand, options.sheet.output, "PNG file to write");
+    const CLI::Range cells(1U, ContactSheet::kMaxCells);
+    pCommand->add_option("--columns", options.sheet.columns, "Pictures side by side")
+        ->capture_default_str()
+        ->check(cells);
+    pCommand->add_option("--rows", options.sheet.rows, "Pictures one below the other")
+        ->capture_default_str()
+        ->check(cells);
+    return pCommand;
+}
+
+CLI::App* AddHash(CLI::App& app, Options& options)
+{
+    CLI::App* const pCommand =
+        app.add_subcommand("hash", "Print a line for every frame: index, seconds, XXH3 of its pixels");
+    AddProject(*pCommand, options.hash.project);
+    AddSpan(*pCommand, options.hash.from, options.hash.to);
+    return pCommand;
+}
+
+CLI::App* AddInfo(CLI::App& app, Options& options)
+{
+    CLI::App* const pCommand = app.add_subcommand("info", "Print facts of media files");
+    pCommand->add_option("FILE", options.info.files, "Media files")->required();
+    pCommand->add_flag("--json", options.info.json, "Print a JSON list");
+    return pCommand;
+}
+
+ProgressMode ModeOf(const Options& options)
+{
+    if (!options.progress.empty())
+        return ProgressMode::Json;
+    return !options.noProgress && isatty(STDERR_FILENO) ? ProgressMode::Terminal : ProgressMode::None;
+}
+} // namespace
+
+ExitCode RunCommandLine(int count, const char* const* arguments)
+{
+    CLI::App app("Renders and inspects projects of the QMX engine.", "qmx");
+    app.set_version_flag("--version", "qmx " QMX_VERSION);
+    app.require_subcommand(1);
+    Options options;
+    const CLI::App* const pRender = AddRender(app, options);
+    const CLI::App* const pFrame = AddFrame(app, options);
+    const CLI::App* const pSheet = AddSheet(app, options);
+    const CLI::App* const pHash = AddHash(app, options);
+    AddInfo(app, options);
+    try
+    {
+        app.parse(count, arguments);
+    }
+    catch (const CLI::ParseError& error)
+    {
+        if (error.get_exit_code() != 0)
+            throw HostError(ExitCode::CommandLine, "", error.what());
+        app.exit(error); // prints the help or the version
+        FlushOutput();
+        return ExitCode::Done;
+    }
+    if (pRender->parsed())
+    {
+        options.render.progress = ModeOf(options);
+        RunRender(options.render);
+    }
+    else if (pFrame->parsed())
+        RunFrame(options.frame);
+    else if (pSheet->parsed())
+        RunSheet(options.sheet);
+    else if (pHash->parsed())
+        RunHash(options.hash);
+    else
+        return RunInfo(options.info);
+    return ExitCode::Done;
+}
+} // namespace qmx::host

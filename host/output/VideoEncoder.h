@@ -1,0 +1,50 @@
+/// @file VideoEncoder.h
+/// H.264 in an MP4 file.
+#pragma once
+
+#include "host/compose/Canvas.h"
+#include "host/output/OutputFile.h"
+#include "host/project/FrameRate.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace qmx::host
+{
+struct EncoderSettings
+{
+    std::uint32_t width = 0;         ///< pixels, even
+    std::uint32_t height = 0;        ///< pixels, even
+    FrameRate frameRate;             ///< also the time base, so that time stamps are exact
+    int crf = 20;                    ///< constant quality: 0 lossless … 51 worst
+    std::string preset = "veryfast"; ///< of x264
+};
+
+/// Encodes canvases, one after the other, as BT.709 limited-range 4:2:0 and says so in the stream. The index goes to
+/// the front of the file, which appears when Finish() is done.
+/// Threads : used by one at a time; the library encodes on threads of its own.
+class VideoEncoder
+{
+public:
+    /// @throw HostError  ExitCode::Output when the file cannot be made
+    VideoEncoder(const std::filesystem::path& target, const EncoderSettings& settings);
+    ~VideoEncoder(); ///< without Finish() nothing is left behind
+    VideoEncoder(const VideoEncoder&) = delete;
+    VideoEncoder& operator=(const VideoEncoder&) = delete;
+
+    /// Takes the next frame. @param canvas  of the stated size; free again when the call returns
+    /// @throw HostError  ExitCode::Output
+    void Write(const Canvas& canvas);
+    /// Writes what is still under way and gives the file its name.
+    /// @throw HostError  ExitCode::Output
+    void Finish();
+
+private:
+    struct State;
+
+    OutputFile m_output;
+    std::unique_ptr<State> m_pState; // closed before the file is removed
+};
+} // namespace qmx::host

@@ -1,0 +1,67 @@
+/// @file Project.h
+/// A project as its file describes it: plain records, checked by ProjectReader.
+#pragma once
+
+#include "host/project/FrameRate.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace qmx::host
+{
+inline constexpr std::uint32_t kMaxCanvasSide = 16'384; ///< pixels, each way
+
+enum class ClipKind
+{
+    Video,
+    Color
+};
+
+struct ProjectClip
+{
+    std::string place; ///< where it stands in the file, "tracks[1].clips[0]", for messages
+    ClipKind kind = ClipKind::Color;
+    std::uint64_t start = 0;            ///< time on the project's time line, 100 ns
+    std::uint64_t duration = 0;         ///< 100 ns, never 0
+    std::uint64_t inPoint = 0;          ///< time in the source that is shown at the start, 100 ns
+    std::filesystem::path path;         ///< of the media, already joined to the project file's folder
+    std::uint32_t rotation = 0;         ///< degrees clockwise: 0, 90, 180 or 270
+    std::optional<FrameRate> frameRate; ///< when absent, that of the media
+
+    std::uint64_t End() const { return start + duration; }
+};
+
+/// Where on the canvas a track is shown, in fractions of the canvas's width and height.
+struct BoxFractions
+{
+    double left = 0;
+    double top = 0;
+    double width = 1;
+    double height = 1;
+};
+
+struct ProjectTrack
+{
+    std::string place; ///< "tracks[1]"
+    std::uint64_t id = 0;
+    BoxFractions box;
+    std::vector<ProjectClip> clips; ///< by start time, without overlaps
+};
+
+struct Project
+{
+    std::filesystem::path file;
+    std::uint32_t width = 0;  ///< pixels
+    std::uint32_t height = 0; ///< pixels
+    FrameRate frameRate;
+    std::vector<ProjectTrack> tracks; ///< bottom first
+
+    /// End of the last clip, 100 ns.
+    std::uint64_t Duration() const;
+    /// Frames that start before the end.
+    std::uint64_t FrameCount() const { return frameRate.FramesBefore(Duration()); }
+};
+} // namespace qmx::host

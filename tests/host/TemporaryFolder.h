@@ -1,0 +1,43 @@
+/// @file TemporaryFolder.h
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+namespace qmx::host
+{
+/// An empty folder that goes away with everything in it.
+class TemporaryFolder
+{
+public:
+    TemporaryFolder()
+    {
+        std::string name = (std::filesystem::temp_directory_path() / "qmx-test-XXXXXX").string();
+        if (!mkdtemp(name.data()))
+            throw std::runtime_error("no temporary folder");
+        m_path = name;
+    }
+    ~TemporaryFolder()
+    {
+        std::error_code error;
+        std::filesystem::remove_all(m_path, error);
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    const std::filesystem::path& Path() const { return m_path; }
+    /// Names in the folder, hidden ones included.
+    std::size_t FileCount() const
+    {
+        std::size_t count = 0;
+        for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(m_path))
+            ++count;
+        return count;
+    }
+
+private:
+    std::filesystem::path m_path;
+};
+} // namespace qmx::host
