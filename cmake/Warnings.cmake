@@ -11,3 +11,6 @@ if(QMX_SANITIZE)
   add_compile_options(-fsanitize=${QMX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${QMX_SANITIZE})
 endif()
+if(QMX_BUILD_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link) # the libraries tell the fuzzer which code an input reached
+endif()

@@ -6,6 +6,7 @@ extern "C"
 {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
+#include <libavutil/display.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -167,6 +168,19 @@ std::uint32_t ReferenceFilm::Height() const
     return static_cast<std::uint32_t>(m_pState->Stream().codecpar->height);
 }
 
+std::uint32_t ReferenceFilm::Rotation() const
+{
+    const std::uint8_t* const pMatrix =
+        av_stream_get_side_data(&m_pState->Stream(), AV_PKT_DATA_DISPLAYMATRIX, nullptr);
+    if (!pMatrix)
+        return 0;
+    std::int32_t matrix[9];
+    std::memcpy(matrix, pMatrix, sizeof matrix);
+    // The library tells the angle counter-clockwise.
+    const long angle = std::lround(-av_display_rotation_get(matrix));
+    return static_cast<std::uint32_t>((angle + 360) % 360);
+}
+
 std::uint32_t SampleOf(const AVFrame& frame, int component, int x, int y)
 {
     const AVPixFmtDescriptor* const pFormat = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(frame.format));
@@ -176,18 +190,30 @@ std::uint32_t SampleOf(const AVFrame& frame, int component, int x, int y)
     return value;
 }
 
-std::optional<std::uint32_t> ReadFrameStrip(const AVFrame& frame)
+std::optional<std::uint32_t> ReadFrameStrip(const AVFrame& frame, std::uint32_t rotation)
 {
     const AVPixFmtDescriptor* const pFormat = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(frame.format));
-    const auto width = static_cast<std::uint32_t>(frame.width), height = static_cast<std::uint32_t>(frame.height);
-    // Green of RGB stands for its luma. The copy makes every format one byte a pixel.
+    const bool onItsSide = rotation == 90 || rotation == 270;
+    const int width = onItsSide ? frame.height : frame.width, height = onItsSide ? frame.width : frame.height;
+    // Green of RGB stands for its luma. The copy of the upper quarter makes every format one byte a pixel, upright.
     const int component = (pFormat->flags & AV_PIX_FMT_FLAG_RGB) != 0 ? 1 : 0;
     const int surplus = pFormat->comp[component].depth - 8;
-    std::vector<std::uint8_t> luma(static_cast<std::size_t>(width) * (height / 4));
-    for (std::size_t i = 0; i < luma.size(); ++i)
-        luma[i] = static_cast<std::uint8_t>(
-            SampleOf(frame, component, static_cast<int>(i % width), static_cast<int>(i / width)) >> surplus);
-    return ReadFrameStrip(luma.data(), width, height / 4, static_cast<std::ptrdiff_t>(width));
+    std::vector<std::uint8_t> luma;
+    for (int y = 0; y < height / 4; ++y)
+        for (int x = 0; x < width; ++x)
+        {
+            const int storedX = rotation == 90    ? y
+                                : rotation == 180 ? width - 1 - x
+                                : rotation == 270 ? height - 1 - y
+                                                  : x;
+            const int storedY = rotation == 90    ? width - 1 - x
+                                : rotation == 180 ? height - 1 - y
+                                : rotation == 270 ? x
+                                                  : y;
+            luma.push_back(static_cast<std::uint8_t>(SampleOf(frame, component, storedX, storedY) >> surplus));
+        }
+    return ReadFrameStrip(luma.data(), static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height / 4),
+                          width);
 }
 
 NumberedFilm ReadNumberedFilm(const std::filesystem::path& path)
@@ -199,10 +225,11 @@ NumberedFilm ReadNumberedFilm(const std::filesystem::path& path)
         numbered.fault = "the film cannot be opened";
         return numbered;
     }
+    const std::uint32_t rotation = film.Rotation();
     film.ForEach(
-        [&numbered](const ReferencePicture& picture)
+        [&numbered, rotation](const ReferencePicture& picture)
         {
-            const std::optional<std::uint32_t> number = ReadFrameStrip(*picture.pFrame);
+            const std::optional<std::uint32_t> number = ReadFrameStrip(*picture.pFrame, rotation);
             if (!number)
                 numbered.fault =
                     "picture " + std::to_string(numbered.pictures.size()) + " of the film carries no number";

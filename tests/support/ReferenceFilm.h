@@ -63,14 +63,16 @@ public:
     StreamLength() const; ///< seconds from the container's start to the end of the stream, 0 when it is not known
     std::uint32_t Width() const; ///< as stored
     std::uint32_t Height() const;
+    std::uint32_t Rotation() const; ///< clockwise degrees that make the stored pictures upright: 0, 90, 180 or 270
 
 private:
     struct State;
     std::unique_ptr<State> m_pState;
 };
 
-/// Number in the strip of a reference picture of any format with a luma plane of 8 bits, or of packed RGB.
-std::optional<std::uint32_t> ReadFrameStrip(const AVFrame& frame);
+/// Number in the strip of a reference picture of any pixel format.
+/// @param rotation  clockwise degrees that make it upright
+std::optional<std::uint32_t> ReadFrameStrip(const AVFrame& frame, std::uint32_t rotation);
 
 /// One sample of a component, at the component's own resolution. Component 3 is alpha where there is one.
 std::uint32_t SampleOf(const AVFrame& frame, int component, int x, int y);
@@ -81,14 +83,13 @@ struct NumberedPicture
     double time = 0;          ///< seconds from the container's start
     std::uint32_t number = 0; ///< read from its strip
 };
-/// Every picture of @p path in the order of presentation. @param pFilm  receives the film's facts; may be null.
-/// @return empty when the file cannot be opened or a picture carries no number.
 struct NumberedFilm
 {
-    std::vector<NumberedPicture> pictures;
-    double timeUnit = 0;     ///< seconds
-    double streamLength = 0; ///< seconds, 0 when it is not known
-    std::string fault;       ///< what is wrong with the film itself; empty when it is as it should be
+    std::vector<NumberedPicture> pictures; ///< in the order of presentation
+    double timeUnit = 0;                   ///< seconds
+    double streamLength = 0;               ///< seconds, 0 when it is not known
+    std::string fault;                     ///< what is wrong with the film itself; empty when it is as it should be
 };
+/// Decodes the whole film; anything but a film of numbered pictures has a fault.
 NumberedFilm ReadNumberedFilm(const std::filesystem::path& path);
 } // namespace test_support
