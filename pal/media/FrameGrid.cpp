@@ -70,9 +70,12 @@ std::int64_t FrameGrid::IndexOf(std::int64_t pts) const
     const Wide den = static_cast<Wide>(tickDen) * rate.den;
     if (!aligned)
         return std::max<std::int64_t>(0, Narrow(CeilDivide((static_cast<Wide>(pts) - origin) * num, den)));
-    const auto nearest = [&](Wide ticks) { return FloorDivide(2 * ticks * num + den, 2 * den); };
-    const Wide index = nearest(static_cast<Wide>(firstPts) - origin) + nearest(static_cast<Wide>(pts) - firstPts);
-    return std::max<std::int64_t>(0, Narrow(index));
+    // The first picture shows from the first sample at or after it; a tick of rounding does not count as later.
+    const Wide start = static_cast<Wide>(firstPts) - origin;
+    const Wide slack = std::max<Wide>(num, den / 50);
+    const Wide first = std::min(CeilDivide(start * num - std::min(slack, den / 4), den), CeilDivide(start * num, den));
+    const Wide step = FloorDivide(2 * (static_cast<Wide>(pts) - firstPts) * num + den, 2 * den);
+    return std::max<std::int64_t>(0, Narrow(first + step));
 }
 
 std::int64_t FrameGrid::PtsOf(std::int64_t index) const

@@ -28,7 +28,8 @@ struct FrameGrid
 
     /// First sample that shows the picture of time @p pts, at least 0.
     /// Aligned: the nearest sample, counted from the first picture, so that rounded time stamps (milliseconds)
-    /// do not move pictures. Otherwise the first sample at or after @p pts.
+    /// do not move pictures; the first picture itself, and otherwise every picture: the first sample at or after
+    /// @p pts.
     std::int64_t IndexOf(std::int64_t pts) const;
     /// Tick of sample @p index, rounded down.
     std::int64_t PtsOf(std::int64_t index) const;

@@ -128,7 +128,10 @@ PacketReader::Outlook PacketReader::LookAhead(std::int64_t keepIndex, std::int64
     }
     outlook.keyFound = key < m_queue.size();
     if (outlook.keyFound)
+    {
         outlook.keyTime = DecodeTimeOf(*m_queue[key]);
+        outlook.keyPts = TimeOf(*m_queue[key]);
+    }
     for (std::size_t i = 0; outlook.keyFound && i < key; ++i)
     {
         m_cbQueue -= static_cast<std::size_t>(m_queue.front()->size);

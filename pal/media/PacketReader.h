@@ -25,6 +25,7 @@ public:
         bool atStart = false;                   ///< the look ahead began with the first packet of the stream
         bool keyFound = false;                  ///< decoding can begin at the front of the queue
         std::int64_t keyTime = INT64_MAX;       ///< decode time of that key packet
+        std::int64_t keyPts = INT64_MAX;        ///< and the time at which its picture shows
         std::int64_t frontPts = AV_NOPTS_VALUE; ///< tick of the first packet of the look ahead
     };
     /// Repositions the file so that decoding can begin at or before @p pts.

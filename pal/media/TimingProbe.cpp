@@ -15,11 +15,11 @@ Rate ToRate(AVRational value)
     return {value.num, value.den};
 }
 
-/// AVI knows no presentation times. The demuxing library makes up for it where pictures are delayed by one (MPEG-4),
-/// but not for codecs that reorder freely.
-bool HasDecodeTimesOnly(const AVFormatContext& format, const AVStream& stream)
+/// AVI knows no presentation times. The demuxing library makes up for it where pictures are delayed by one at most
+/// (MPEG-4), but not for codecs that reorder freely.
+bool HasDecodeTimesOnly(const AVFormatContext& format)
 {
-    return std::strcmp(format.iformat->name, "avi") == 0 && stream.codecpar->video_delay > 0;
+    return std::strcmp(format.iformat->name, "avi") == 0;
 }
 
 /// Decode times of all samples, where the container's table holds them all.
@@ -92,7 +92,7 @@ StreamTiming ProbeTiming(const MediaFile& file, AVStream& stream, bool* pMoved)
     else if (*pMoved && !times.empty())
         grid.firstPts = times.front();
 
-    if (HasDecodeTimesOnly(*file.GetFormat(), stream))
+    if (HasDecodeTimesOnly(*file.GetFormat()))
     {
         const AVCodecID codec = stream.codecpar->codec_id;
         timing.timesFromOrder = codec == AV_CODEC_ID_H264 || codec == AV_CODEC_ID_HEVC;

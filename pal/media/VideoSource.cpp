@@ -210,13 +210,19 @@ bool VideoSource::BeginDecoding(const PacketReader::Outlook& outlook, bool flush
         avcodec_flush_buffers(m_pCodec.get());
         m_draining = false;
         m_drained = false;
+        m_beganPts = INT64_MIN;
         m_lastPts = INT64_MIN;
         m_decodeTimes.clear();
     }
     m_keepPts = outlook.keepPts;
     m_window.clear();
     m_shown = 0;
-    return DecodeNext() && m_window.front().index <= m_nextIndex;
+    if (!DecodeNext())
+        return false;
+    // A stream that refreshes gradually marks pictures as key from which the decoder only works its way up to a whole
+    // one, and not exactly the one that decoding from further back gives.
+    const bool trueKey = !flush || !outlook.keyFound || m_beganPts - m_timing.averageDuration <= outlook.keyPts;
+    return trueKey && m_window.front().index <= m_nextIndex;
 }
 
 bool VideoSource::Feed()
@@ -259,7 +265,8 @@ bool VideoSource::DecodeNext()
     {
         const Decoded& last = m_window.back();
         const FrameGrid& grid = m_timing.grid;
-        m_endIndex = std::max(last.index + 1, grid.IndexOf(last.pts + last.duration));
+        const std::int64_t end = std::min(last.pts + last.duration, std::max(m_timing.end, last.pts));
+        m_endIndex = std::max(last.index + 1, grid.IndexOf(end));
     }
     return false;
 }
@@ -294,6 +301,8 @@ bool VideoSource::Accept()
         return false;
     if (m_lastPts != INT64_MIN && m_lastPts < m_timing.end && pts > m_timing.end && pts - m_timing.end > Margin())
         pts = m_lastPts + m_timing.averageDuration;
+    if (m_lastPts == INT64_MIN)
+        m_beganPts = pts;
     m_lastPts = pts;
 
     if (pts <= m_keepPts)

@@ -84,6 +84,7 @@ private:
     std::int64_t m_endIndex = INT64_MAX;       // samples in the stream, once its end has been decoded
     std::int64_t m_keepPts = INT64_MIN;        // pictures before this one are only passed on the way to it
     std::multiset<std::int64_t> m_decodeTimes; // of packets whose pictures are still to come (timesFromOrder)
+    std::int64_t m_beganPts = INT64_MIN;       // of the first picture that came out since the decoder began
     std::int64_t m_lastPts = INT64_MIN;        // of the last picture that came out since the decoder began
     bool m_seekPending = false;
     bool m_draining = false; // the decoder has got the end of the stream

@@ -61,12 +61,15 @@ TEST(FrameGrid, ALateFirstPictureShiftsAllByWholeSamples)
     grid.rate = {24, 1};
     grid.tickDen = 1000;
     grid.origin = -7;
-    grid.firstPts = 7; // 0.34 of a frame late: still sample 0
-    EXPECT_EQ(grid.IndexOf(7), 0);
-    EXPECT_EQ(grid.IndexOf(49), 1);
-    grid.firstPts = 993; // 24 frames late
-    EXPECT_EQ(grid.IndexOf(993), 24);
-    EXPECT_EQ(grid.IndexOf(1035), 25);
+    grid.firstPts = 7; // a third of a frame late: at time 0 it does not show yet
+    EXPECT_EQ(grid.IndexOf(7), 1);
+    EXPECT_EQ(grid.IndexOf(49), 2);
+    grid.firstPts = -6; // one tick: rounding
+    EXPECT_EQ(grid.IndexOf(-6), 0);
+    EXPECT_EQ(grid.IndexOf(36), 1);
+    grid.firstPts = 994; // 24.02 frames late, as 24 frames rounded up
+    EXPECT_EQ(grid.IndexOf(994), 24);
+    EXPECT_EQ(grid.IndexOf(1036), 25);
 }
 
 TEST(FrameGrid, UnalignedPicturesShowFromTheFirstSampleAtOrAfterThem)
