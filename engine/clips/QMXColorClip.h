@@ -19,5 +19,5 @@ public:
     bool IsVideoOpened() override;
 
 private:
-    ISampleBuffer* m_pColorFrame = nullptr; // owns one reference; null until opened
+    SampleBufferPtr m_pColorFrame; ///< null until opened
 };

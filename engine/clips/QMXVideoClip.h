@@ -31,7 +31,8 @@ public:
     virtual void SetRotation(std::uint32_t degrees);   ///< slot 32: counts from the next Open()
     virtual double GetFrameRate();                     ///< slot 33: frames per second
     virtual void SetFrameRate(double framesPerSecond); ///< slot 34: counts from the next Open()
-    /// Slot 35: first picture, 640 pixels wide. @param aspect height / width. @return one reference, or null.
+    /// Slot 35: picture at timeline time 0, 640 pixels wide; the clip is closed then.
+    /// @param aspect  height / width of the clip's box.  @return one reference, or null.
     virtual ISampleBuffer* GetThumbnail(double aspect);
     /// Slot 36: turns the colour key on or off. @param info  copied; its background's reference passes to the clip;
     /// null keeps the settings there are.
@@ -46,11 +47,29 @@ public:
     virtual bool IsTransparentColorOn();                    // slot 41
 
 protected:
+    /// The record that this clip asks a decoder with. Throws std::bad_alloc.
+    tagDecProp MakeDecoderProp(const tagRenderProp& request, std::uint32_t decoderType);
+    bool OpenSharedDecoder();
+    void ReleaseDecoder();
+    bool ShowsAttachment();
+    std::uint64_t AttachDecoderProp();
+    SampleBufferPtr KeyFrame(const SampleBufferPtr& frame);
+    static SampleBufferPtr RotateFrame(ISampleBuffer& source, std::uint32_t rotation);
+
     std::uint32_t m_nRotation = 0;
     double m_dFrameRate = 30.0;
-    IQMXBaseClip* m_pAttachment = nullptr;          // borrowed
-    ISampleBuffer* m_pPreparedBackground = nullptr; // owns one reference
+    IQMXBaseClip* m_pAttachment = nullptr; // borrowed
+    SampleBufferPtr m_pPreparedBackground; ///< the settings' background at the size of the frames
     bool m_bTransparentColor = false;
-    tagTransparentColorInfo* m_pTransparentColor = nullptr; // owned
-    tagDecProp m_decoderProp; ///< what this clip asks of its decoder; another clip's may stand in a shared one
+    tagTransparentColorInfo* m_pTransparentColor = nullptr; // owned; its background's reference too
+    tagDecProp m_decoderProp;         ///< what this clip asks of its decoder; another clip's may stand in a shared one
+    bool m_bAskingAttachment = false; ///< set while the attached clip is asked, so that a ring of clips ends
+
+private:
+    SampleBufferPtr GetAttachedFrame();
+    void DropTransparentColor();
+
+    SampleBufferPtr m_pKeySource;        ///< the decoder's frame of which m_pKeyedFrame was made
+    SampleBufferPtr m_pKeyedFrame;       ///< the colour-keyed copy handed out last
+    tagTransparentColorInfo m_keyedWith; ///< the settings it was made with
 };

@@ -10,6 +10,8 @@ class ISampleBuffer;
 /// The layout is part of the exported interface.
 struct tagTransparentColorInfo
 {
+    bool operator==(const tagTransparentColorInfo&) const = default;
+
     ISampleBuffer* pBackground = nullptr; ///< picture to show through; the record holds one reference; may be null
     double dSimilarity = 0;             ///< handed to ReplaceToTransparent(): chroma distance that is keyed fully, 0..1
     double dSmoothness = 0;             ///< likewise: width of the ramp from keyed to kept, 0..1

@@ -28,6 +28,7 @@ std::optional<std::uint64_t> ParseTrack(const std::string& text)
 
 void RunFrame(const FrameOptions& options)
 {
+    CheckExtension(options.output, ".png");
     const std::optional<std::uint64_t> track = ParseTrack(options.track);
     const Project project = ProjectReader::ReadFile(options.project);
     CheckNotASource(options.output, project);

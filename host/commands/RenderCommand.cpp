@@ -9,23 +9,13 @@
 #include "host/project/ProjectReader.h"
 #include "host/system/Interrupt.h"
 
-#include <algorithm>
-#include <filesystem>
+#include <string>
 
 namespace qmx::host
 {
 namespace
 {
 constexpr std::size_t kFramesUnderWay = 3; // one being made, one waiting, one being encoded
-
-void CheckName(const std::filesystem::path& output)
-{
-    std::string extension = output.extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    if (extension != ".mp4")
-        throw HostError(ExitCode::CommandLine, output.string(), "the name of a video must end in .mp4");
-}
 
 /// Colour is kept for squares of two by two pixels.
 void CheckEven(const Project& project)
@@ -43,7 +33,7 @@ void CheckEven(const Project& project)
 
 void RunRender(const RenderOptions& options)
 {
-    CheckName(options.output);
+    CheckExtension(options.output, ".mp4");
     const Project project = ProjectReader::ReadFile(options.project);
     CheckEven(project);
     CheckNotASource(options.output, project);

@@ -15,7 +15,7 @@ struct RenderOptions
     std::string from; ///< seconds; empty: from the start
     std::string to;   ///< seconds; empty: to the end
     int crf = 20;
-    std::string preset = "fast";
+    std::string preset = "veryfast";
     ProgressMode progress = ProgressMode::None;
 };
 

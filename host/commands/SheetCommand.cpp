@@ -11,6 +11,7 @@ namespace qmx::host
 {
 void RunSheet(const SheetOptions& options)
 {
+    CheckExtension(options.output, ".png");
     const Project project = ProjectReader::ReadFile(options.project);
     CheckNotASource(options.output, project);
     ProjectPlayer player(project);

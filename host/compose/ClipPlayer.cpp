@@ -79,7 +79,7 @@ std::uint64_t ClipPlayer::FindLastFrame(std::uint64_t beyond)
         else
         {
             beyond = probe;
-            step = 1;
+            step = beyond - last; // from here on the rest is halved
         }
     }
     return last;

@@ -20,8 +20,9 @@ ClipPlayer::Source SourceOf(const tagVideoInfo& info, const ProjectClip& clip)
         source.frameRate = clip.frameRate->PerSecond();
     else if (info.nFrameRateNum != 0 && info.nFrameRateDen != 0)
         source.frameRate = static_cast<double>(info.nFrameRateNum) / info.nFrameRateDen;
-    const double seconds = std::clamp(info.dDuration, 0.0, static_cast<double>(kMaxTime / kTimePerSecond));
-    source.duration = static_cast<std::uint64_t>(std::llround(seconds * 1e7));
+    // A duration that is no number, or beyond all reason, is as good as none.
+    if (info.dDuration > 0 && info.dDuration < 1e9)
+        source.duration = static_cast<std::uint64_t>(std::llround(info.dDuration * 1e7));
     return source;
 }
 

@@ -3,6 +3,7 @@
 #include "host/HostError.h"
 #include "host/project/Project.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -71,6 +72,15 @@ void OutputFile::Fail(const std::string& reason) const
 void OutputFile::FailWith(int error) const
 {
     Fail(std::string("cannot be written: ") + std::strerror(error));
+}
+
+void CheckExtension(const fs::path& target, std::string_view extension)
+{
+    std::string name = target.extension().string();
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    if (name != extension)
+        throw HostError(ExitCode::CommandLine, target.string(), "the name must end in " + std::string(extension));
 }
 
 void CheckNotASource(const fs::path& target, const Project& project)

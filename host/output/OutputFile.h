@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace qmx::host
 {
@@ -36,6 +37,10 @@ private:
     std::filesystem::path m_temporary;
     bool m_committed = false;
 };
+
+/// @param extension  in small letters, ".png"; capital ones in the name do as well
+/// @throw HostError  ExitCode::CommandLine when the name of @p target ends in something else
+void CheckExtension(const std::filesystem::path& target, std::string_view extension);
 
 /// @throw HostError  ExitCode::Output when @p target is the project's file or one of its media, which would be lost
 void CheckNotASource(const std::filesystem::path& target, const Project& project);

@@ -15,11 +15,11 @@ namespace qmx::host
 {
 struct EncoderSettings
 {
-    std::uint32_t width = 0;     ///< pixels, even
-    std::uint32_t height = 0;    ///< pixels, even
-    FrameRate frameRate;         ///< also the time base, so that time stamps are exact
-    int crf = 20;                ///< constant quality: 0 lossless … 51 worst
-    std::string preset = "fast"; ///< of x264
+    std::uint32_t width = 0;         ///< pixels, even
+    std::uint32_t height = 0;        ///< pixels, even
+    FrameRate frameRate;             ///< also the time base, so that time stamps are exact
+    int crf = 20;                    ///< constant quality: 0 lossless … 51 worst
+    std::string preset = "veryfast"; ///< of x264
 };
 
 /// Encodes canvases, one after the other, as BT.709 limited-range 4:2:0 and says so in the stream. The index goes to

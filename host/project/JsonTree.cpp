@@ -54,12 +54,12 @@ public:
     bool key(string_t& name) override
     {
         JsonValue& object = *m_open.back();
-        const auto same = [&](const auto& member) { return member.first == name; };
+        const auto same = [&](const JsonMember& member) { return member.name == name; };
         if (std::any_of(object.members.begin(), object.members.end(), same))
             throw JsonError(Path(), "the name \"" + name + "\" stands here twice");
         if (object.members.size() == kMaxJsonMembers)
             throw JsonError(Path(), "too many members, at most " + std::to_string(kMaxJsonMembers));
-        object.members.emplace_back(std::move(name), JsonValue{});
+        object.members.push_back({std::move(name), JsonValue{}});
         return true;
     }
     bool parse_error(std::size_t position, const std::string&, const nlohmann::json::exception& error) override
@@ -88,7 +88,7 @@ private:
         {
             JsonValue& parent = *m_open.back();
             pPlace =
-                parent.kind == JsonValue::Kind::Array ? &parent.items.emplace_back() : &parent.members.back().second;
+                parent.kind == JsonValue::Kind::Array ? &parent.items.emplace_back() : &parent.members.back().value;
         }
         pPlace->kind = kind;
         return *pPlace;
@@ -120,8 +120,8 @@ private:
             if (value.kind == JsonValue::Kind::Array && !value.items.empty())
                 path += '[' + std::to_string(value.items.size() - 1) + ']';
             else if (value.kind == JsonValue::Kind::Object && !value.members.empty() &&
-                     (!last || value.members.back().second.kind == JsonValue::Kind::Null))
-                path += (path.empty() ? "" : ".") + value.members.back().first;
+                     (!last || value.members.back().value.kind == JsonValue::Kind::Null))
+                path += (path.empty() ? "" : ".") + value.members.back().name;
         }
         return path;
     }

@@ -11,6 +11,8 @@
 
 namespace qmx::host
 {
+struct JsonMember;
+
 struct JsonValue
 {
     enum class Kind
@@ -27,7 +29,13 @@ struct JsonValue
     bool boolean = false;
     std::string text; ///< UTF-8 of a text, or the digits of a number as they were written
     std::vector<JsonValue> items;
-    std::vector<std::pair<std::string, JsonValue>> members; ///< names differ from each other
+    std::vector<JsonMember> members; ///< names differ from each other
+};
+
+struct JsonMember
+{
+    std::string name; ///< UTF-8
+    JsonValue value;
 };
 
 /// Name of a kind for messages: "a number", "an object", …

@@ -64,9 +64,9 @@ public:
     const JsonValue* FindAny(std::string_view name)
     {
         m_known.push_back(name);
-        const auto same = [&](const auto& member) { return member.first == name; };
+        const auto same = [&](const JsonMember& member) { return member.name == name; };
         const auto it = std::find_if(m_value.members.begin(), m_value.members.end(), same);
-        return it == m_value.members.end() ? nullptr : &it->second;
+        return it == m_value.members.end() ? nullptr : &it->value;
     }
 
     std::uint64_t Whole(std::string_view name, const JsonValue& field, std::uint64_t lowest,

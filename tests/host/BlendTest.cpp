@@ -1,11 +1,11 @@
 #include "host/compose/Blend.h"
 
+#include "tests/support/Random.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
-#include <random>
 #include <vector>
 
 namespace qmx::host
@@ -31,8 +31,8 @@ TEST(DrawRow, EveryValueIsTheRoundedFormula)
         {
             for (int source = 0; source < 256; source += 5)
             {
-                Pixels from(256 * 4);
-                Pixels to(256 * 4);
+                Pixels from(1024);
+                Pixels to(1024);
                 for (std::size_t i = 0; i < 256; ++i)
                 {
                     const std::uint8_t channels[3] = {static_cast<std::uint8_t>(source),
@@ -59,21 +59,18 @@ TEST(DrawRow, EveryValueIsTheRoundedFormula)
 
 TEST(DrawRow, EveryLengthTouchesItsOwnPixelsOnly)
 {
-    const unsigned seed = std::getenv("QMX_TEST_SEED") ? static_cast<unsigned>(std::atoi(std::getenv("QMX_TEST_SEED")))
-                                                       : std::random_device{}();
-    SCOPED_TRACE("QMX_TEST_SEED=" + std::to_string(seed));
-    std::mt19937 random(seed);
+    test_support::Random random;
     for (const AlphaMode mode : {AlphaMode::Opaque, AlphaMode::Straight, AlphaMode::Premultiplied})
     {
         for (std::size_t pixels = 0; pixels <= 67; ++pixels)
         {
-            Pixels from(68 * 4);
-            Pixels to(68 * 4);
-            std::generate(from.begin(), from.end(), [&] { return static_cast<std::uint8_t>(random()); });
+            Pixels from(272);
+            Pixels to(272);
+            std::generate(from.begin(), from.end(), [&] { return static_cast<std::uint8_t>(random.Below(256)); });
             // Runs of one alpha, so that whole blocks are empty or solid now and then.
             for (std::size_t i = 0; i < 68; ++i)
                 from[i * 4 + 3] = i < 20 ? 0 : i < 40 ? 255 : from[i * 4 + 3];
-            std::generate(to.begin(), to.end(), [&] { return static_cast<std::uint8_t>(random()); });
+            std::generate(to.begin(), to.end(), [&] { return static_cast<std::uint8_t>(random.Below(256)); });
             const Pixels before = to;
             DrawRow(to.data(), from.data(), pixels, mode);
             for (std::size_t i = 0; i < 68; ++i)

@@ -1,8 +1,8 @@
 // The whole program from the command line to its files, with clips that need no media.
 #include "tests/host/DecodedVideo.h"
-#include "tests/host/PngPicture.h"
 #include "tests/host/Program.h"
 #include "tests/host/TemporaryFolder.h"
+#include "tests/support/Picture.h"
 
 #include <gtest/gtest.h>
 
@@ -53,15 +53,15 @@ std::vector<std::string> Lines(const std::string& text)
 
 TEST_F(CommandLine, HelpAndVersionGoToStandardOutput)
 {
-    const Run help({"--help"});
+    const QmxRun help({"--help"});
     EXPECT_EQ(help.ExitCode(), 0);
     for (const char* const pCommand : {"render", "frame", "sheet", "hash", "info"})
         EXPECT_NE(help.Output().find(pCommand), std::string::npos) << pCommand;
     EXPECT_EQ(help.Errors(), "");
-    const Run command({"render", "--help"});
+    const QmxRun command({"render", "--help"});
     EXPECT_EQ(command.ExitCode(), 0);
     EXPECT_NE(command.Output().find("--crf"), std::string::npos);
-    const Run version({"--version"});
+    const QmxRun version({"--version"});
     EXPECT_EQ(version.ExitCode(), 0);
     EXPECT_TRUE(std::regex_match(version.Output(), std::regex(R"(qmx \d+\.\d+\.\d+\n)"))) << version.Output();
 }
@@ -69,6 +69,7 @@ TEST_F(CommandLine, HelpAndVersionGoToStandardOutput)
 TEST_F(CommandLine, AWrongCommandLineIsTwoAndSaysWhatIsWrong)
 {
     const std::string out = Name("a.mp4");
+    const std::string png = Name("a.png");
     const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
         {{}, "subcommand"},
         {{"paint"}, "subcommand"},
@@ -81,21 +82,23 @@ TEST_F(CommandLine, AWrongCommandLineIsTwoAndSaysWhatIsWrong)
         {{"render", Project(), "-o", out, "--progress", "json", "--no-progress"}, "--no-progress"},
         {{"render", Project(), "-o", out, "--colour"}, "--colour"},
         {{"render", Project(), "-o", out, "extra"}, "extra"},
-        {{"render", Project(), "-o", Name("a.avi")}, "a.avi: the name of a video must end in .mp4"},
+        {{"render", Project(), "-o", Name("a.avi")}, "a.avi: the name must end in .mp4"},
         {{"render", Project(), "-o", out, "--from", "1.001"}, "--from: 1.001 lies at or behind"},
         {{"render", Project(), "-o", out, "--to", "1,5"}, "--to: \"1,5\" is no number of seconds"},
         {{"hash", Project(), "--from", "-1"}, "--from: -1 lies outside the project"},
-        {{"frame", Project(), "-o", out}, "--at"},
-        {{"frame", Project(), "-o", out, "--at", "2"}, "--at: 2 lies at or behind the project's end"},
-        {{"frame", Project(), "-o", out, "--at", "0", "--track", "8"},
+        {{"frame", Project(), "-o", out, "--at", "0"}, "a.mp4: the name must end in .png"},
+        {{"sheet", Project(), "-o", Name("png")}, "png: the name must end in .png"},
+        {{"frame", Project(), "-o", png}, "--at"},
+        {{"frame", Project(), "-o", png, "--at", "2"}, "--at: 2 lies at or behind the project's end"},
+        {{"frame", Project(), "-o", png, "--at", "0", "--track", "8"},
          "--track: the project has no track with the ID 8"},
-        {{"frame", Project(), "-o", out, "--at", "0", "--track", "x"}, "--track: \"x\" is no track ID"},
-        {{"sheet", Project(), "-o", out, "--columns", "0"}, "--columns"},
-        {{"sheet", Project(), "-o", out, "--rows", "33"}, "--rows"},
+        {{"frame", Project(), "-o", png, "--at", "0", "--track", "x"}, "--track: \"x\" is no track ID"},
+        {{"sheet", Project(), "-o", png, "--columns", "0"}, "--columns"},
+        {{"sheet", Project(), "-o", png, "--rows", "33"}, "--rows"},
         {{"info"}, "FILE"}};
     for (const auto& [arguments, word] : cases)
     {
-        const Run run(arguments);
+        const QmxRun run(arguments);
         EXPECT_EQ(run.ExitCode(), kCommandLine) << word;
         EXPECT_EQ(run.Errors().rfind("qmx: ", 0), 0U) << run.Errors();
         EXPECT_NE(run.Errors().find(word), std::string::npos) << run.Errors();
@@ -115,7 +118,7 @@ TEST_F(CommandLine, ABadProjectIsThreeForEveryCommandThatReadsOne)
                                                             {"hash", Project()}};
     for (const std::vector<std::string>& arguments : commands)
     {
-        const Run run(arguments);
+        const QmxRun run(arguments);
         EXPECT_EQ(run.ExitCode(), kProject) << arguments[0];
         EXPECT_EQ(run.Errors(), "qmx: " + Project() +
                                     ": tracks[0].clips[0].type: clips of the kind \"title\" are not supported yet\n");
@@ -126,7 +129,7 @@ TEST_F(CommandLine, ABadProjectIsThreeForEveryCommandThatReadsOne)
 
 TEST_F(CommandLine, AProjectThatIsNotThereIsThree)
 {
-    const Run run({"hash", Name("none.json")});
+    const QmxRun run({"hash", Name("none.json")});
     EXPECT_EQ(run.ExitCode(), kProject);
     EXPECT_EQ(run.Errors(), "qmx: " + Name("none.json") + ": cannot be read: No such file or directory\n");
 }
@@ -135,7 +138,7 @@ TEST_F(CommandLine, APositionWithoutPixelsIsThree)
 {
     WriteProject(R"({"width": 64, "height": 48, "frameRate": 30, "tracks": [{"id": 1, "position": {"width": 0.01},
         "clips": [{"type": "color", "start": 0, "duration": 1}]}]})");
-    const Run run({"hash", Project()});
+    const QmxRun run({"hash", Project()});
     EXPECT_EQ(run.ExitCode(), kProject);
     EXPECT_EQ(run.Errors(), "qmx: " + Project() +
                                 ": tracks[0].position: makes a box of 1 x 48 pixels, each side must have 2 to 16384\n");
@@ -145,10 +148,10 @@ TEST_F(CommandLine, AnOddCanvasCanBeHashedButNotEncoded)
 {
     WriteProject(R"({"width": 63, "height": 48, "frameRate": 30, "tracks": [{"id": 1, "clips":
         [{"type": "color", "start": 0, "duration": 0.1}]}]})");
-    const Run render({"render", Project(), "-o", Name("a.mp4")});
+    const QmxRun render({"render", Project(), "-o", Name("a.mp4")});
     EXPECT_EQ(render.ExitCode(), kProject);
     EXPECT_EQ(render.Errors(), "qmx: " + Project() + ": width: must be even for a video, not 63\n");
-    EXPECT_EQ(Run({"hash", Project()}).ExitCode(), 0);
+    EXPECT_EQ(QmxRun({"hash", Project()}).ExitCode(), 0);
     ExpectNothingLeft();
 }
 
@@ -163,52 +166,53 @@ TEST_F(CommandLine, MediaThatAreMissingOrNoVideoAreFour)
     };
     const std::string place = "qmx: " + Project() + ": tracks[0].clips[1].path: ";
     projectWith("none.mp4");
-    const Run missing({"hash", Project()});
+    const QmxRun missing({"hash", Project()});
     EXPECT_EQ(missing.ExitCode(), kMedia);
     EXPECT_EQ(missing.Errors(), place + Name("none.mp4") + ": cannot be opened: No such file or directory\n");
     EXPECT_EQ(missing.Output(), "");
     projectWith("p.json");
-    const Run text({"render", Project(), "-o", Name("a.mp4")});
+    const QmxRun text({"render", Project(), "-o", Name("a.mp4")});
     EXPECT_EQ(text.ExitCode(), kMedia);
     EXPECT_EQ(text.Errors(), place + Name("p.json") + ": holds no video that can be read\n");
     projectWith(".");
-    EXPECT_EQ(Run({"hash", Project()}).Errors(), place + Name(".") + ": is a folder\n");
+    EXPECT_EQ(QmxRun({"hash", Project()}).Errors(), place + Name(".") + ": is a folder\n");
     ExpectNothingLeft();
 }
 
 TEST_F(CommandLine, InfoTellsEveryFileThatCannotBeReadAndIsFour)
 {
-    const Run run({"info", Name("none.mp4"), Project()});
+    const QmxRun run({"info", Name("none.mp4"), Project()});
     EXPECT_EQ(run.ExitCode(), kMedia);
     EXPECT_EQ(run.Errors(), "qmx: " + Name("none.mp4") + ": cannot be opened: No such file or directory\nqmx: " +
                                 Project() + ": holds no video that can be read\n");
     EXPECT_EQ(run.Output(), "");
-    const Run json({"info", "--json", Name("none.mp4")});
+    const QmxRun json({"info", "--json", Name("none.mp4")});
     EXPECT_EQ(json.ExitCode(), kMedia);
     EXPECT_EQ(json.Output(), "[]\n");
 }
 
 TEST_F(CommandLine, OutputsThatCannotBeWrittenAreFiveAndLeaveNothing)
 {
-    const std::vector<std::vector<std::string>> commands = {
-        {"render", Project(), "-o", Name("none/a.mp4")},
-        {"frame", Project(), "--at", "0", "-o", Name("none/a.png")},
-        {"sheet", Project(), "-o", Name("none/a.png")}};
+    const std::vector<std::vector<std::string>> commands = {{"render", Project(), "-o", Name("none/a.mp4")},
+                                                            {"frame", Project(), "--at", "0", "-o", Name("none/a.png")},
+                                                            {"sheet", Project(), "-o", Name("none/a.png")}};
     for (const std::vector<std::string>& arguments : commands)
     {
-        const Run run(arguments);
+        const QmxRun run(arguments);
         EXPECT_EQ(run.ExitCode(), kOutput) << arguments[0];
         EXPECT_EQ(run.Errors(), "qmx: " + arguments.back() + ": cannot be written: No such file or directory\n");
     }
-    const Run itself({"frame", Project(), "--at", "0", "-o", Project()});
+    fs::create_symlink("p.json", Name("p.png"));
+    const QmxRun itself({"frame", Project(), "--at", "0", "-o", Name("p.png")});
     EXPECT_EQ(itself.ExitCode(), kOutput);
-    EXPECT_EQ(itself.Errors(), "qmx: " + Project() + ": is a file that the project is made of\n");
+    EXPECT_EQ(itself.Errors(), "qmx: " + Name("p.png") + ": is a file that the project is made of\n");
+    fs::remove(Name("p.png"));
     ExpectNothingLeft();
 }
 
 TEST_F(CommandLine, HashPrintsALineForEveryFrame)
 {
-    const Run run({"hash", Project()});
+    const QmxRun run({"hash", Project()});
     ASSERT_EQ(run.ExitCode(), 0) << run.Errors();
     const std::vector<std::string> lines = Lines(run.Output());
     ASSERT_EQ(lines.size(), 30U);
@@ -226,8 +230,8 @@ TEST_F(CommandLine, HashPrintsALineForEveryFrame)
 
 TEST_F(CommandLine, HashOfASpanIsThatPartOfTheWhole)
 {
-    const std::vector<std::string> all = Lines(Run({"hash", Project()}).Output());
-    const Run run({"hash", Project(), "--from", "0.5", "--to", "0.6"});
+    const std::vector<std::string> all = Lines(QmxRun({"hash", Project()}).Output());
+    const QmxRun run({"hash", Project(), "--from", "0.5", "--to", "0.6"});
     ASSERT_EQ(run.ExitCode(), 0) << run.Errors();
     // Frames 15 (0.5005) to 17 (0.5672).
     EXPECT_EQ(Lines(run.Output()), std::vector<std::string>(all.begin() + 15, all.begin() + 18));
@@ -246,31 +250,33 @@ TEST_F(CommandLine, AFullStandardOutputIsFive)
 
 TEST_F(CommandLine, FrameWritesAPictureOfTheCanvasSize)
 {
-    const Run run({"frame", Project(), "--at", "0.6", "-o", Name("a.png")});
+    const QmxRun run({"frame", Project(), "--at", "0.6", "-o", Name("a.png")});
     ASSERT_EQ(run.ExitCode(), 0) << run.Errors();
-    const PngPicture picture(Name("a.png"));
-    ASSERT_EQ(picture.width, 64U);
-    ASSERT_EQ(picture.height, 48U);
-    for (const std::uint32_t pixel : picture.pixels)
-        ASSERT_EQ(pixel, 0xFF000000U);
+    const std::optional<test_support::Picture> picture = test_support::ReadPng(Name("a.png"));
+    ASSERT_TRUE(picture);
+    ASSERT_EQ(picture->width, 64U);
+    ASSERT_EQ(picture->height, 48U);
+    for (std::size_t i = 0; i < picture->bgra.size(); ++i)
+        ASSERT_EQ(picture->bgra[i], i % 4 == 3 ? 255 : 0);
     EXPECT_EQ(run.Output() + run.Errors(), "");
     EXPECT_EQ(m_folder.FileCount(), 2U);
-    EXPECT_EQ(Run({"frame", Project(), "--at", "0", "--track", "9", "-o", Name("a.png")}).ExitCode(), 0);
+    EXPECT_EQ(QmxRun({"frame", Project(), "--at", "0", "--track", "9", "-o", Name("a.png")}).ExitCode(), 0);
 }
 
 TEST_F(CommandLine, SheetHasTheAskedNumberOfCells)
 {
-    const Run run({"sheet", Project(), "-o", Name("a.png"), "--columns", "3", "--rows", "2"});
+    const QmxRun run({"sheet", Project(), "-o", Name("a.png"), "--columns", "3", "--rows", "2"});
     ASSERT_EQ(run.ExitCode(), 0) << run.Errors();
-    const PngPicture picture(Name("a.png"));
-    EXPECT_EQ(picture.width, 3U * (96 + 12) + 12);
-    EXPECT_EQ(picture.height, 2U * (48 + 4 + 14 + 12) + 12);
+    const std::optional<test_support::Picture> picture = test_support::ReadPng(Name("a.png"));
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->width, 3U * (96 + 12) + 12);
+    EXPECT_EQ(picture->height, 2U * (48 + 4 + 14 + 12) + 12);
     EXPECT_EQ(m_folder.FileCount(), 2U);
 }
 
 TEST_F(CommandLine, RenderWritesAPlayableVideoWithExactTimes)
 {
-    const Run run({"render", Project(), "-o", Name("a.mp4"), "--preset", "ultrafast"});
+    const QmxRun run({"render", Project(), "-o", Name("a.mp4"), "--preset", "ultrafast"});
     ASSERT_EQ(run.ExitCode(), 0) << run.Errors();
     EXPECT_EQ(run.Output() + run.Errors(), ""); // no terminal, no progress
     const DecodedVideo video(Name("a.mp4"));
@@ -286,7 +292,7 @@ TEST_F(CommandLine, RenderWritesAPlayableVideoWithExactTimes)
 
 TEST_F(CommandLine, RenderOfASpanStartsAtZero)
 {
-    const Run run({"render", Project(), "-o", Name("a.MP4"), "--from", "0.5", "--to", "0.6"});
+    const QmxRun run({"render", Project(), "-o", Name("a.MP4"), "--from", "0.5", "--to", "0.6"});
     ASSERT_EQ(run.ExitCode(), 0) << run.Errors();
     const DecodedVideo video(Name("a.MP4"));
     ASSERT_EQ(video.frames.size(), 3U);
@@ -296,19 +302,19 @@ TEST_F(CommandLine, RenderOfASpanStartsAtZero)
 TEST_F(CommandLine, RenderReplacesAnOlderFile)
 {
     std::ofstream(Name("a.mp4")) << "old";
-    EXPECT_EQ(Run({"render", Project(), "-o", Name("a.mp4")}).ExitCode(), 0);
+    EXPECT_EQ(QmxRun({"render", Project(), "-o", Name("a.mp4")}).ExitCode(), 0);
     EXPECT_EQ(DecodedVideo(Name("a.mp4")).frames.size(), 30U);
 }
 
 TEST_F(CommandLine, JsonProgressIsALineAtATimeAndEndsWithTheLastFrame)
 {
-    const Run run({"render", Project(), "-o", Name("a.mp4"), "--progress", "json"});
+    const QmxRun run({"render", Project(), "-o", Name("a.mp4"), "--progress", "json"});
     ASSERT_EQ(run.ExitCode(), 0) << run.Errors();
     const std::vector<std::string> lines = Lines(run.Output());
     ASSERT_FALSE(lines.empty());
     for (const std::string& line : lines)
-        EXPECT_TRUE(std::regex_match(
-            line, std::regex(R"(\{"frame":\d+,"frames":30,"fps":\d+\.\d,"secondsLeft":\d+\.\d\})")))
+        EXPECT_TRUE(
+            std::regex_match(line, std::regex(R"(\{"frame":\d+,"frames":30,"fps":\d+\.\d,"secondsLeft":\d+\.\d\})")))
             << line;
     EXPECT_EQ(lines.back().rfind("{\"frame\":30,", 0), 0U);
 }
@@ -335,9 +341,9 @@ TEST_F(CommandLine, NamesOfAnyBytesWork)
     const std::string project = Name("p\xFF.json");
     fs::rename(Project(), project);
     const std::string output = Name("\xC3\xA4 \xFE.png");
-    const Run run({"frame", project, "--at", "0", "-o", output});
+    const QmxRun run({"frame", project, "--at", "0", "-o", output});
     EXPECT_EQ(run.ExitCode(), 0) << run.Errors();
-    EXPECT_EQ(PngPicture(output).width, 64U);
+    EXPECT_TRUE(test_support::ReadPng(output));
 }
 } // namespace
 } // namespace qmx::host

@@ -38,7 +38,7 @@ Canvas Spoiled(std::uint32_t width, std::uint32_t height)
 std::uint32_t PixelOf(const Canvas& canvas, std::uint32_t x, std::uint32_t y)
 {
     std::uint32_t pixel;
-    std::memcpy(&pixel, canvas.Row(y) + x * 4, 4);
+    std::memcpy(&pixel, canvas.Row(y) + std::size_t{x} * 4, 4);
     return pixel;
 }
 

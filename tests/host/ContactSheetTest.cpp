@@ -47,7 +47,7 @@ TEST(Shrink, ToTheSameSizeIsACopy)
     for (std::uint32_t i = 0; i < 6; ++i)
     {
         const std::uint32_t pixel = 0xFF000000U | i * 37;
-        std::memcpy(source.Row(0) + i * 4, &pixel, 4);
+        std::memcpy(source.Row(0) + std::size_t{i} * 4, &pixel, 4);
     }
     Canvas target(3, 2);
     Shrink(source, target, target.Bounds());

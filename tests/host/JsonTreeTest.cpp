@@ -27,9 +27,9 @@ TEST(ParseJson, KeepsNumbersAsTheyAreWrittenAndMembersInTheirOrder)
     const JsonValue root = ParseJson(R"({"b": 1.10, "a": [12, -3, 1e2, true, null, "tex\u00e9"]})");
     ASSERT_EQ(root.kind, JsonValue::Kind::Object);
     ASSERT_EQ(root.members.size(), 2U);
-    EXPECT_EQ(root.members[0].first, "b");
-    EXPECT_EQ(root.members[0].second.text, "1.10");
-    const JsonValue& list = root.members[1].second;
+    EXPECT_EQ(root.members[0].name, "b");
+    EXPECT_EQ(root.members[0].value.text, "1.10");
+    const JsonValue& list = root.members[1].value;
     ASSERT_EQ(list.items.size(), 6U);
     EXPECT_EQ(list.items[0].text, "12");
     EXPECT_EQ(list.items[1].text, "-3");

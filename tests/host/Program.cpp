@@ -81,7 +81,7 @@ void Program::Finish()
     m_errors.assign(std::istreambuf_iterator<char>(stream), {});
 }
 
-Run::Run(const std::vector<std::string>& arguments) : Program(QMX_PROGRAM, arguments)
+QmxRun::QmxRun(const std::vector<std::string>& arguments) : Program(QMX_PROGRAM, arguments)
 {
     Finish();
 }

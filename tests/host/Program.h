@@ -39,8 +39,8 @@ private:
 };
 
 /// Runs qmx to its end.
-struct Run : Program
+struct QmxRun : Program
 {
-    explicit Run(const std::vector<std::string>& arguments);
+    explicit QmxRun(const std::vector<std::string>& arguments);
 };
 } // namespace qmx::host

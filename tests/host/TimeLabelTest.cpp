@@ -37,11 +37,22 @@ TEST(DrawLabel, EveryCharacterHasAShapeOfItsOwn)
 
 TEST(DrawLabel, WhatLiesOutsideIsLeftOut)
 {
-    Canvas canvas(20, 10);
-    std::memset(canvas.Row(0), 0, canvas.ByteCount());
-    for (const std::int32_t offset : {-1000, -13, -5, 3, 15, 1000})
-        DrawLabel(canvas, "8888", offset, offset); // the sanitizers watch
-    EXPECT_NE(canvas.Row(9)[19 * 4], 1);
+    const auto drawn = [](std::string_view text, std::int32_t left, std::int32_t top)
+    {
+        Canvas canvas(12, 14);
+        std::memset(canvas.Row(0), 0, canvas.ByteCount());
+        DrawLabel(canvas, text, left, top);
+        return std::vector<std::uint8_t>(canvas.Row(0), canvas.Row(0) + canvas.ByteCount());
+    };
+    EXPECT_EQ(drawn("1874", -12, 0), drawn("8", 0, 0)); // before and behind the canvas
+    const std::vector<std::uint8_t> empty = drawn(" ", 0, 0);
+    for (const std::int32_t far : {-1000, 1000})
+    {
+        EXPECT_EQ(drawn("8888", far, 0), empty);
+        EXPECT_EQ(drawn("8888", 0, far), empty);
+    }
+    EXPECT_NE(drawn("8", 0, 7), empty);
+    EXPECT_NE(drawn("8", 0, -7), empty);
 }
 } // namespace
 } // namespace qmx::host

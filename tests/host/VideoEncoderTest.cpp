@@ -24,7 +24,7 @@ Canvas Filled(std::uint32_t width, std::uint32_t height, std::uint32_t pixel)
     for (std::uint32_t y = 0; y < height; ++y)
     {
         for (std::uint32_t x = 0; x < width; ++x)
-            std::memcpy(canvas.Row(y) + x * 4, &pixel, 4);
+            std::memcpy(canvas.Row(y) + std::size_t{x} * 4, &pixel, 4);
     }
     return canvas;
 }

@@ -8,16 +8,27 @@ namespace
 thread_local int g_allowed = -1; // -1: no limit
 thread_local bool g_refused = false;
 
-void* Allocate(std::size_t cb)
+bool IsRefused()
 {
     if (g_allowed == 0)
     {
         g_refused = true;
-        return nullptr;
+        return true;
     }
     if (g_allowed > 0)
         --g_allowed;
-    return std::malloc(cb != 0 ? cb : 1);
+    return false;
+}
+
+void* Allocate(std::size_t cb)
+{
+    return IsRefused() ? nullptr : std::malloc(cb != 0 ? cb : 1);
+}
+
+void* Allocate(std::size_t cb, std::align_val_t alignment)
+{
+    const auto step = static_cast<std::size_t>(alignment);
+    return IsRefused() ? nullptr : std::aligned_alloc(step, (cb + step - 1) / step * step);
 }
 } // namespace
 
@@ -35,6 +46,16 @@ CAllocationFailure::~CAllocationFailure()
 bool CAllocationFailure::Happened()
 {
     return g_refused;
+}
+
+CAllocationPause::CAllocationPause() : m_allowed(g_allowed)
+{
+    g_allowed = -1;
+}
+
+CAllocationPause::~CAllocationPause()
+{
+    g_allowed = m_allowed;
 }
 
 void* operator new(std::size_t cb)
@@ -58,6 +79,29 @@ void* operator new[](std::size_t cb)
 void* operator new[](std::size_t cb, const std::nothrow_t&) noexcept
 {
     return Allocate(cb);
+}
+
+void* operator new(std::size_t cb, std::align_val_t alignment)
+{
+    void* const p = Allocate(cb, alignment);
+    if (p == nullptr)
+        throw std::bad_alloc();
+    return p;
+}
+
+void* operator new(std::size_t cb, std::align_val_t alignment, const std::nothrow_t&) noexcept
+{
+    return Allocate(cb, alignment);
+}
+
+void operator delete(void* p, std::align_val_t) noexcept
+{
+    std::free(p);
+}
+
+void operator delete(void* p, std::size_t, std::align_val_t) noexcept
+{
+    std::free(p);
 }
 
 void operator delete(void* p) noexcept

@@ -13,3 +13,16 @@ public:
     /// True when an allocation has been refused.
     static bool Happened();
 };
+
+/// While it lives, this thread has memory again: for what stands in for a service in the middle of a call.
+class CAllocationPause
+{
+public:
+    CAllocationPause();
+    ~CAllocationPause();
+    CAllocationPause(const CAllocationPause&) = delete;
+    CAllocationPause& operator=(const CAllocationPause&) = delete;
+
+private:
+    const int m_allowed;
+};

@@ -17,6 +17,7 @@ struct IMFDXGIDeviceManager;
 struct IMFMediaType;
 struct IMFSample;
 struct IMFSourceReader;
+class CLockedPicture;
 class CQMXThreadPool;
 
 /// Turns a video file into BGRA frames through the platform's source reader. Times that move forward by less than
@@ -53,11 +54,38 @@ private:
 
     static const DWORD m_dwStreamIdx = 0xFFFFFFFCU; ///< the reader's name for the first video stream
 
+    /// What becomes of the newest sample when the stream ends without another one.
+    enum class AtEnd
+    {
+        DropSample,
+        KeepSample
+    };
+
     bool _InternalInitialize(const std::wstring& path, tagVideoInfo* info);
+    [[nodiscard]] HRESULT _OpenReader(const std::wstring& path, tagVideoInfo* info);
+    void _CreateDevice(IMFAttributes* pAttributes);
+    void _UpdateDisplayAspect();
+    [[nodiscard]] HRESULT _FillVideoInfo(IMFMediaType* pNative, tagVideoInfo& info);
     void _InternalClose();
+
     void _SkipPreload(std::uint64_t time);
+    void _SeekBack(std::uint64_t time, IMFSample** ppSample);
+    void _SeekTo(std::uint64_t time);
+    DWORD _ReadUntil(std::uint64_t time, IMFSample** ppSample, AtEnd atEnd);
     void _OnMediaTypeChanged(DWORD streamFlags, DWORD streamIndex);
-    HRESULT _ConvertVideoTypeToUncompressedType(IMFMediaType* pType, const GUID& subtype, IMFMediaType** ppOut);
+    [[nodiscard]] HRESULT _ConvertVideoTypeToUncompressedType(IMFMediaType* pType, const GUID& subtype,
+                                                              IMFMediaType** ppOut);
+
+    ISampleBuffer* _GetBlankFrame();
+    ISampleBuffer* _GetFrameAt(std::uint64_t time, bool& endOfStream);
+    std::uint32_t _GetAngle() const;
+    bool _LastFrameFits() const;
+    std::uint32_t _GetOutputHeight() const;
+    SampleBufferPtr _MakeFrame(IMFSample* pSample);
+    bool _DescribePicture(const CLockedPicture& picture, tagSampleInfo& info);
+    /// Copies the picture of @p pSample at the nominal size: rows of m_nFrameWidth * 4 bytes, as many as fit.
+    /// Consumes the caller's reference in every case.
+    /// @return false when the sample's pixels cannot be read, or are fewer than that.
     bool _CropFrame(IMFSample* pSample, std::uint8_t* pDestination, std::uint32_t cbDestination);
 
     IMFSourceReader* m_pReader = nullptr;  // owns one reference; null when closed

@@ -1,0 +1,78 @@
+#include "companions/pixelutility/Bands.h"
+#include "companions/pixelutility/BgraPicture.h"
+#include "companions/pixelutility/RotateBgra.h"
+#include "companions/pixelutility/ScaleBgra.h"
+#include "companions/pixelutility/kernels/ChromaKey.h"
+#include "engine/platform/PixelUtility.h"
+
+namespace
+{
+bool IsQuarter(std::uint32_t angle)
+{
+    return angle == 90 || angle == 270;
+}
+} // namespace
+
+bool ScaleAndRotateBGRA(const tagSampleInfo* pSource, const tagSampleInfo* pTarget, std::uint32_t angle,
+                        std::uint32_t mode)
+{
+    tagSampleInfo info = pTarget ? *pTarget : tagSampleInfo();
+    if (IsQuarter(angle))
+        info.nStride = info.nWidth * 4; // the rows that are written are tight, whatever the record says
+    BgraPicture target;
+    if (!BgraPicture::FromDescriptor(&info, target))
+        return false;
+    if (!IsQuarterTurn(angle))
+    {
+        target.Clear();
+        return false;
+    }
+    BgraPicture source;
+    if (!BgraPicture::FromDescriptor(pSource, source))
+        return false;
+    const std::uint32_t width = target.width;
+    const std::uint32_t height = target.height;
+    if (IsQuarter(angle))
+        target = {target.pData, height, width, height * 4};
+    const ShrinkMode shrink = mode == kScaleArea ? ShrinkMode::Area : ShrinkMode::Bilinear;
+    return ScaleAndTurnPicture(source, width, height, target, angle, shrink);
+}
+
+bool RotateBGRA(const tagSampleInfo* pSource, const tagSampleInfo* pTarget, std::uint32_t angle)
+{
+    BgraPicture target;
+    BgraPicture source;
+    if (!BgraPicture::FromDescriptor(pTarget, target) || !BgraPicture::FromDescriptor(pSource, source))
+        return false;
+    const bool fits =
+        IsQuarter(angle) ? target.width == source.height && target.height == source.width : target.HasSizeOf(source);
+    if (!IsQuarterTurn(angle) || !fits)
+    {
+        target.Clear();
+        return false;
+    }
+    TurnPicture(source, target, angle);
+    return true;
+}
+
+bool ReplaceToTransparent(const tagSampleInfo* pFrame, const tagSampleInfo* pBackground, const std::uint8_t* pKeyColor,
+                          double similarity, double smoothness, double spill, std::uint8_t option, std::uint8_t keyOnly)
+{
+    BgraPicture frame;
+    if (!pKeyColor || !BgraPicture::FromDescriptor(pFrame, frame))
+        return false;
+    BgraPicture background;
+    if (keyOnly == 0 && pBackground && pBackground->pData &&
+        (!BgraPicture::FromDescriptor(pBackground, background) || !background.HasSizeOf(frame)))
+        return false;
+    const qmx::kernels::ChromaKeyRule rule =
+        qmx::kernels::MakeChromaKeyRule(pKeyColor, similarity, smoothness, option != 0 ? spill : 0.0);
+    const std::uint32_t count = BandCount(frame.height, frame.Pixels());
+    ForEachBand(frame.height, count,
+                [&](std::uint32_t /*index*/, std::uint32_t first, std::uint32_t end)
+                {
+                    for (std::uint32_t y = first; y < end; ++y)
+                        KeyBgra(rule, frame.Row(y), background.pData ? background.Row(y) : nullptr, frame.width);
+                });
+    return true;
+}

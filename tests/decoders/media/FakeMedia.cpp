@@ -1,0 +1,572 @@
+#include "tests/decoders/media/FakeMedia.h"
+
+#include "tests/model/AllocationFailure.h"
+
+#include <d3d10.h>
+#include <mferror.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+namespace
+{
+std::mutex g_lock;
+std::map<std::wstring, FakeMedia*> g_files;
+
+/// One operation at a time, with all the memory it needs: short memory is for the code under test.
+class CScope
+{
+public:
+    explicit CScope(const FakeMedia& media) : m_guard(media.lock) {}
+
+private:
+    CAllocationPause m_pause;
+    std::lock_guard<std::mutex> m_guard;
+};
+
+/// Count of references for objects of one interface; more identifiers through Find().
+template <class Derived, class Interface> class Counted : public Interface
+{
+public:
+    explicit Counted(std::atomic<int>& live) : m_live(live) { ++m_live; }
+    virtual ~Counted() { --m_live; }
+    Counted(const Counted&) = delete;
+    Counted& operator=(const Counted&) = delete;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override
+    {
+        *ppObject = iid == IID_IUnknown ? static_cast<Interface*>(this) : static_cast<Derived*>(this)->Find(iid);
+        if (*ppObject == nullptr)
+            return E_NOINTERFACE;
+        AddRef();
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_count; }
+    ULONG STDMETHODCALLTYPE Release() override
+    {
+        const ULONG left = --m_count;
+        if (left == 0)
+            delete this;
+        return left;
+    }
+
+private:
+    std::atomic<ULONG> m_count{1};
+    std::atomic<int>& m_live;
+};
+
+// ---- picture memory --------------------------------------------------------------------------------------------
+
+class FakeBuffer;
+
+/// The picture side of a buffer; counts with it.
+class FakeBuffer2D final : public IMF2DBuffer
+{
+public:
+    explicit FakeBuffer2D(FakeBuffer& owner) : m_owner(owner) {}
+    ~FakeBuffer2D() = default;
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override;
+    ULONG STDMETHODCALLTYPE AddRef() override;
+    ULONG STDMETHODCALLTYPE Release() override;
+    HRESULT STDMETHODCALLTYPE Lock2D(BYTE** ppScanline0, LONG* pPitch) override;
+    HRESULT STDMETHODCALLTYPE Unlock2D() override;
+    HRESULT STDMETHODCALLTYPE GetScanline0AndPitch(BYTE**, LONG*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE IsContiguousFormat(BOOL*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetContiguousLength(DWORD* pcbLength) override;
+    HRESULT STDMETHODCALLTYPE ContiguousCopyTo(BYTE*, DWORD) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE ContiguousCopyFrom(const BYTE*, DWORD) override { return E_NOTIMPL; }
+
+private:
+    FakeBuffer& m_owner;
+};
+
+class FakeBuffer final : public Counted<FakeBuffer, IMFMediaBuffer>
+{
+public:
+    FakeBuffer(const FakePicture& picture, const FakeMedia& media)
+        : Counted(CFakeSystem::LiveBuffers()), m_picture(picture), m_media(media), m_side(*this)
+    {
+        const std::uint32_t cbRow = picture.width * 4;
+        m_pitch = picture.pitch != 0 ? picture.pitch : static_cast<std::int32_t>(cbRow);
+        const auto cbStep = static_cast<std::size_t>(std::abs(m_pitch));
+        const std::size_t rows = picture.height;
+        // Rows lie a pitch apart, and nothing follows the last row.
+        m_bytes.resize((rows != 0 ? (rows - 1) * cbStep : 0) + std::min<std::size_t>(cbRow, cbStep));
+        if (picture.truncated)
+            m_bytes.resize(m_bytes.size() - 4);
+        m_bytes.shrink_to_fit();
+        for (std::uint32_t y = 0; y < rows; ++y)
+        {
+            for (std::uint32_t x = 0; x < picture.width; ++x)
+            {
+                const std::size_t at = (m_pitch < 0 ? rows - 1 - y : y) * cbStep + std::size_t{x} * 4;
+                const std::uint32_t color = picture.pixel(x, y);
+                if (at + 4 <= m_bytes.size())
+                    std::memcpy(m_bytes.data() + at, &color, 4);
+            }
+        }
+    }
+
+    void* Find(REFIID iid)
+    {
+        if (iid == IID_IMFMediaBuffer)
+            return static_cast<IMFMediaBuffer*>(this);
+        return iid == IID_IMF2DBuffer && m_picture.is2D ? static_cast<IMF2DBuffer*>(&m_side) : nullptr;
+    }
+    HRESULT STDMETHODCALLTYPE Lock(BYTE** ppBuffer, DWORD* pcbMaxLength, DWORD* pcbCurrentLength) override
+    {
+        const CScope scope(m_media);
+        if (m_media.failing.count("Lock") != 0)
+            return E_FAIL;
+        ++CFakeSystem::OpenLocks();
+        *ppBuffer = m_bytes.data();
+        if (pcbMaxLength != nullptr)
+            *pcbMaxLength = static_cast<DWORD>(m_bytes.size());
+        if (pcbCurrentLength != nullptr)
+            *pcbCurrentLength = static_cast<DWORD>(m_bytes.size());
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE Unlock() override
+    {
+        --CFakeSystem::OpenLocks();
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE GetCurrentLength(DWORD* pcb) override
+    {
+        *pcb = static_cast<DWORD>(m_bytes.size());
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE SetCurrentLength(DWORD) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetMaxLength(DWORD* pcb) override { return GetCurrentLength(pcb); }
+
+    HRESULT LockPicture(BYTE** ppScanline0, LONG* pPitch)
+    {
+        const CScope scope(m_media);
+        if (m_media.failing.count("Lock2D") != 0)
+            return E_FAIL;
+        ++CFakeSystem::OpenLocks();
+        const std::size_t rows = m_picture.height;
+        *ppScanline0 = m_bytes.data() + (m_pitch < 0 ? (rows - 1) * static_cast<std::size_t>(-m_pitch) : 0);
+        *pPitch = m_pitch;
+        return S_OK;
+    }
+    HRESULT ContiguousLength(DWORD* pcb) const
+    {
+        const CScope scope(m_media);
+        if (m_media.failing.count("GetContiguousLength") != 0)
+            return E_FAIL;
+        *pcb = m_picture.width * 4 * m_picture.height - (m_picture.truncated ? 4 : 0);
+        return S_OK;
+    }
+
+private:
+    const FakePicture m_picture;
+    const FakeMedia& m_media;
+    FakeBuffer2D m_side;
+    std::int32_t m_pitch = 0;
+    std::vector<BYTE> m_bytes;
+};
+
+HRESULT FakeBuffer2D::QueryInterface(REFIID iid, void** ppObject)
+{
+    return m_owner.QueryInterface(iid, ppObject);
+}
+ULONG FakeBuffer2D::AddRef()
+{
+    return m_owner.AddRef();
+}
+ULONG FakeBuffer2D::Release()
+{
+    return m_owner.Release();
+}
+HRESULT FakeBuffer2D::Lock2D(BYTE** ppScanline0, LONG* pPitch)
+{
+    return m_owner.LockPicture(ppScanline0, pPitch);
+}
+HRESULT FakeBuffer2D::Unlock2D()
+{
+    return m_owner.Unlock();
+}
+HRESULT FakeBuffer2D::GetContiguousLength(DWORD* pcbLength)
+{
+    return m_owner.ContiguousLength(pcbLength);
+}
+
+// ---- reader ------------------------------------------------------------------------------------------------------
+
+class FakeReader final : public Counted<FakeReader, IMFSourceReader>
+{
+public:
+    explicit FakeReader(FakeMedia& media) : Counted(CFakeSystem::LiveReaders()), m_media(media)
+    {
+        ++CFakeSystem::ReadersMade();
+        if (m_media.size)
+            m_currentSize = *m_media.size;
+    }
+
+    void* Find(REFIID iid) { return iid == IID_IMFSourceReader ? static_cast<IMFSourceReader*>(this) : nullptr; }
+
+    HRESULT STDMETHODCALLTYPE GetStreamSelection(DWORD, BOOL*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE SetStreamSelection(DWORD stream, BOOL selected) override
+    {
+        const CScope scope(m_media);
+        if (Fails(stream == static_cast<DWORD>(MF_SOURCE_READER_ALL_STREAMS) ? "DeselectAll" : "Select"))
+            return E_FAIL;
+        m_media.selections.emplace_back(stream, selected);
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE GetNativeMediaType(DWORD stream, DWORD index, IMFMediaType** ppType) override
+    {
+        const CScope scope(m_media);
+        *ppType = nullptr;
+        m_media.streams.push_back(stream);
+        if (Fails("GetNativeMediaType"))
+            return E_FAIL;
+        return index == 0 ? MakeType(m_media.size, ppType) : MF_E_NO_MORE_TYPES;
+    }
+    HRESULT STDMETHODCALLTYPE GetCurrentMediaType(DWORD stream, IMFMediaType** ppType) override
+    {
+        const CScope scope(m_media);
+        *ppType = nullptr;
+        m_media.streams.push_back(stream);
+        return Fails("GetCurrentMediaType") ? E_FAIL : MakeType(m_currentSize, ppType);
+    }
+    HRESULT STDMETHODCALLTYPE SetCurrentMediaType(DWORD stream, DWORD*, IMFMediaType* pType) override
+    {
+        const CScope scope(m_media);
+        m_media.streams.push_back(stream);
+        if (Fails("SetCurrentMediaType"))
+            return E_FAIL;
+        GUID subtype = GUID_NULL;
+        pType->GetGUID(MF_MT_SUBTYPE, &subtype);
+        m_media.outputSubtype = subtype;
+        MFGetAttributeSize(pType, MF_MT_FRAME_SIZE, &m_media.outputSize.first, &m_media.outputSize.second);
+        MFGetAttributeRatio(pType, MF_MT_PIXEL_ASPECT_RATIO, &m_media.outputAspect.first, &m_media.outputAspect.second);
+        pType->GetUINT32(MF_MT_INTERLACE_MODE, &m_media.outputInterlace);
+        pType->GetUINT32(MF_MT_ALL_SAMPLES_INDEPENDENT, &m_media.outputIndependent);
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE SetCurrentPosition(REFGUID format, const PROPVARIANT& position) override
+    {
+        const CScope scope(m_media);
+        if (format != GUID_NULL || position.vt != VT_I8)
+            return E_INVALIDARG;
+        const LONGLONG time = position.hVal.QuadPart;
+        m_media.seeks.push_back(time);
+        if (Fails("SetCurrentPosition"))
+            return E_FAIL;
+        if (m_media.seek)
+        {
+            m_next = m_media.seek(time);
+            return S_OK;
+        }
+        m_next = 0;
+        for (std::size_t n = 0; n < m_media.reads.size(); ++n)
+        {
+            if (m_media.reads[n].time <= time)
+                m_next = n;
+        }
+        if (!m_media.reads.empty() && (time < 0 || time > m_media.reads.back().time))
+            m_next = m_media.reads.size();
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE ReadSample(DWORD stream, DWORD, DWORD* pIndex, DWORD* pFlags, LONGLONG* pTime,
+                                         IMFSample** ppSample) override
+    {
+        const CScope scope(m_media);
+        ++m_media.nReads;
+        m_media.streams.push_back(stream);
+        *ppSample = nullptr;
+        *pIndex = 0;
+        *pFlags = 0;
+        *pTime = 0;
+        if (Fails("ReadSample"))
+            return E_FAIL;
+        if (m_media.endless && m_next >= m_media.reads.size())
+            m_next = m_media.reads.size() - 1;
+        if (m_next >= m_media.reads.size())
+        {
+            *pFlags = MF_SOURCE_READERF_ENDOFSTREAM;
+            return S_OK;
+        }
+        return Deliver(m_media.reads[m_next++], pFlags, pTime, ppSample);
+    }
+    HRESULT STDMETHODCALLTYPE Flush(DWORD stream) override
+    {
+        const CScope scope(m_media);
+        m_media.streams.push_back(stream);
+        ++m_media.nFlushes;
+        static std::atomic<int> flushes{0};
+        m_media.flushedAt = ++flushes;
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE GetServiceForStream(DWORD, REFGUID, REFIID, void**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetPresentationAttribute(DWORD stream, REFGUID key, PROPVARIANT* pValue) override
+    {
+        if (stream != static_cast<DWORD>(MF_SOURCE_READER_MEDIASOURCE) || key != MF_PD_DURATION || !m_media.duration)
+            return MF_E_ATTRIBUTENOTFOUND;
+        pValue->vt = VT_UI8;
+        pValue->uhVal = static_cast<UINT64>(*m_media.duration);
+        return S_OK;
+    }
+
+private:
+    bool Fails(const char* operation) const { return m_media.failing.count(operation) != 0; }
+
+    HRESULT MakeType(const std::optional<std::pair<std::uint32_t, std::uint32_t>>& size, IMFMediaType** ppType) const
+    {
+        const HRESULT hr = MFCreateMediaType(ppType);
+        if (FAILED(hr))
+            return hr;
+        (*ppType)->SetGUID(MF_MT_MAJOR_TYPE, m_media.majorType);
+        (*ppType)->SetGUID(MF_MT_SUBTYPE, MFVideoFormat_H264);
+        if (size)
+            MFSetAttributeSize(*ppType, MF_MT_FRAME_SIZE, size->first, size->second);
+        if (m_media.rotation)
+            (*ppType)->SetUINT32(MF_MT_VIDEO_ROTATION, *m_media.rotation);
+        if (m_media.pixelAspect)
+            MFSetAttributeRatio(*ppType, MF_MT_PIXEL_ASPECT_RATIO, m_media.pixelAspect->first,
+                                m_media.pixelAspect->second);
+        if (m_media.frameRate)
+            MFSetAttributeRatio(*ppType, MF_MT_FRAME_RATE, m_media.frameRate->first, m_media.frameRate->second);
+        return S_OK;
+    }
+
+    HRESULT Deliver(const FakeRead& read, DWORD* pFlags, LONGLONG* pTime, IMFSample** ppSample)
+    {
+        *pFlags = read.flags;
+        *pTime = read.time;
+        if (read.newSize || read.newTypeWithoutSize)
+        {
+            m_currentSize = read.newSize;
+            *pFlags |= MF_SOURCE_READERF_CURRENTMEDIATYPECHANGED;
+        }
+        if (read.picture || read.emptySample)
+        {
+            const HRESULT hr = MFCreateSample(ppSample);
+            if (FAILED(hr))
+                return hr;
+            (*ppSample)->SetSampleTime(read.time);
+        }
+        if (read.picture)
+        {
+            auto* const pBuffer = new FakeBuffer(*read.picture, m_media);
+            (*ppSample)->AddBuffer(pBuffer);
+            pBuffer->Release();
+        }
+        return read.hr;
+    }
+
+    FakeMedia& m_media;
+    std::size_t m_next = 0;
+    std::optional<std::pair<std::uint32_t, std::uint32_t>> m_currentSize;
+};
+
+// ---- device ------------------------------------------------------------------------------------------------------
+
+class FakeDevice;
+
+class FakeMultithread final : public ID3D10Multithread
+{
+public:
+    explicit FakeMultithread(FakeDevice& device) : m_device(device) {}
+    ~FakeMultithread() = default;
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override;
+    ULONG STDMETHODCALLTYPE AddRef() override;
+    ULONG STDMETHODCALLTYPE Release() override;
+    void STDMETHODCALLTYPE Enter() override {}
+    void STDMETHODCALLTYPE Leave() override {}
+    BOOL STDMETHODCALLTYPE SetMultithreadProtected(BOOL protect) override
+    {
+        return CFakeSystem::DeviceProtected().exchange(protect != FALSE) ? TRUE : FALSE;
+    }
+    BOOL STDMETHODCALLTYPE GetMultithreadProtected() override { return CFakeSystem::DeviceProtected() ? TRUE : FALSE; }
+
+private:
+    FakeDevice& m_device;
+};
+
+class FakeDevice final : public Counted<FakeDevice, ID3D11Device>
+{
+public:
+    FakeDevice() : Counted(CFakeSystem::LiveDevices()), m_side(*this) {}
+    void* Find(REFIID iid)
+    {
+        if (iid == IID_ID3D11Device)
+            return static_cast<ID3D11Device*>(this);
+        return iid == IID_ID3D10Multithread ? static_cast<ID3D10Multithread*>(&m_side) : nullptr;
+    }
+    D3D_FEATURE_LEVEL STDMETHODCALLTYPE GetFeatureLevel() override { return D3D_FEATURE_LEVEL_11_0; }
+    UINT STDMETHODCALLTYPE GetCreationFlags() override { return D3D11_CREATE_DEVICE_VIDEO_SUPPORT; }
+
+private:
+    FakeMultithread m_side;
+};
+
+HRESULT FakeMultithread::QueryInterface(REFIID iid, void** ppObject)
+{
+    return m_device.QueryInterface(iid, ppObject);
+}
+ULONG FakeMultithread::AddRef()
+{
+    return m_device.AddRef();
+}
+ULONG FakeMultithread::Release()
+{
+    return m_device.Release();
+}
+
+bool FunctionFails(const char* name)
+{
+    const CAllocationPause pause;
+    const std::lock_guard guard(g_lock);
+    return CFakeSystem::FailingFunctions().count(name) != 0;
+}
+} // namespace
+
+std::uint32_t FakeColor(std::uint32_t n)
+{
+    return 0xFF000000U | (n * 0x010307U & 0xFFFFFFU);
+}
+
+void FakeMedia::AddFrames(int count, LONGLONG step, LONGLONG first)
+{
+    for (int n = 0; n < count; ++n)
+    {
+        FakeRead read;
+        read.time = first + n * step;
+        read.picture.emplace();
+        read.picture->width = size->first;
+        read.picture->height = size->second;
+        const auto color = FakeColor(static_cast<std::uint32_t>(reads.size()));
+        read.picture->pixel = [color](std::uint32_t, std::uint32_t) { return color; };
+        reads.push_back(std::move(read));
+    }
+}
+
+void CFakeSystem::Install(const std::wstring& path, FakeMedia* media)
+{
+    const std::lock_guard guard(g_lock);
+    if (media != nullptr)
+        g_files[path] = media;
+    else
+        g_files.erase(path);
+}
+
+std::atomic<int>& CFakeSystem::LiveReaders()
+{
+    static std::atomic<int> value{0};
+    return value;
+}
+std::atomic<int>& CFakeSystem::LiveBuffers()
+{
+    static std::atomic<int> value{0};
+    return value;
+}
+std::atomic<int>& CFakeSystem::LiveDevices()
+{
+    static std::atomic<int> value{0};
+    return value;
+}
+std::atomic<int>& CFakeSystem::ReadersMade()
+{
+    static std::atomic<int> value{0};
+    return value;
+}
+std::atomic<int>& CFakeSystem::OpenLocks()
+{
+    static std::atomic<int> value{0};
+    return value;
+}
+std::atomic<bool>& CFakeSystem::HasDevice()
+{
+    static std::atomic<bool> value{false};
+    return value;
+}
+std::atomic<bool>& CFakeSystem::DeviceProtected()
+{
+    static std::atomic<bool> value{false};
+    return value;
+}
+std::set<std::string>& CFakeSystem::FailingFunctions()
+{
+    static std::set<std::string> value;
+    return value;
+}
+
+// ---- the functions that stand in for the platform's --------------------------------------------------------------
+
+extern "C" HRESULT MFCreateSourceReaderFromURL(LPCWSTR url, IMFAttributes* pAttributes, IMFSourceReader** ppReader)
+{
+    *ppReader = nullptr;
+    FakeMedia* media = nullptr;
+    {
+        const CAllocationPause pause;
+        const std::lock_guard guard(g_lock);
+        const auto found = g_files.find(url);
+        if (found == g_files.end())
+            return HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
+        media = found->second;
+    }
+    const CScope scope(*media);
+    if (pAttributes != nullptr)
+    {
+        pAttributes->GetUINT32(MF_SOURCE_READER_ENABLE_ADVANCED_VIDEO_PROCESSING, &media->advancedProcessing);
+        pAttributes->GetUINT32(MF_READWRITE_DISABLE_CONVERTERS, &media->convertersDisabled);
+        pAttributes->GetUINT32(MF_LOW_LATENCY, &media->lowLatency);
+        IUnknown* pManager = nullptr;
+        media->hasDeviceManager =
+            SUCCEEDED(pAttributes->GetUnknown(MF_SOURCE_READER_D3D_MANAGER, IID_PPV_ARGS(&pManager)));
+        if (pManager != nullptr)
+            pManager->Release();
+    }
+    if (media->failing.count("Open") != 0)
+        return MF_E_UNSUPPORTED_BYTESTREAM_TYPE;
+    *ppReader = new FakeReader(*media);
+    return S_OK;
+}
+
+extern "C" HRESULT D3D11CreateDevice(IDXGIAdapter* pAdapter, D3D_DRIVER_TYPE driverType, HMODULE software, UINT flags,
+                                     const D3D_FEATURE_LEVEL* pFeatureLevels, UINT featureLevels, UINT sdkVersion,
+                                     ID3D11Device** ppDevice, D3D_FEATURE_LEVEL* pFeatureLevel,
+                                     ID3D11DeviceContext** ppImmediateContext)
+{
+    *ppDevice = nullptr;
+    const bool asExpected = pAdapter == nullptr && driverType == D3D_DRIVER_TYPE_HARDWARE && software == nullptr &&
+                            flags == 0x800 && featureLevels == 2 && pFeatureLevels[0] == D3D_FEATURE_LEVEL_11_1 &&
+                            pFeatureLevels[1] == D3D_FEATURE_LEVEL_11_0 && sdkVersion == 7 &&
+                            pFeatureLevel == nullptr && ppImmediateContext == nullptr;
+    if (!asExpected)
+        return E_INVALIDARG;
+    const CAllocationPause pause;
+    if (!CFakeSystem::HasDevice())
+        return DXGI_ERROR_UNSUPPORTED;
+    *ppDevice = new FakeDevice;
+    return S_OK;
+}
+
+// The linker lets these stand before the platform's creation functions (--wrap).
+extern "C"
+{
+    HRESULT __real_MFCreateAttributes(IMFAttributes** ppAttributes, UINT32 initialSize);
+    HRESULT __real_MFCreateMediaType(IMFMediaType** ppType);
+    HRESULT __real_MFCreateDXGIDeviceManager(UINT* pResetToken, IMFDXGIDeviceManager** ppManager);
+
+    HRESULT __wrap_MFCreateAttributes(IMFAttributes** ppAttributes, UINT32 initialSize)
+    {
+        *ppAttributes = nullptr;
+        return FunctionFails("MFCreateAttributes") ? E_FAIL : __real_MFCreateAttributes(ppAttributes, initialSize);
+    }
+    HRESULT __wrap_MFCreateMediaType(IMFMediaType** ppType)
+    {
+        *ppType = nullptr;
+        return FunctionFails("MFCreateMediaType") ? E_FAIL : __real_MFCreateMediaType(ppType);
+    }
+    HRESULT __wrap_MFCreateDXGIDeviceManager(UINT* pResetToken, IMFDXGIDeviceManager** ppManager)
+    {
+        *ppManager = nullptr;
+        return FunctionFails("MFCreateDXGIDeviceManager") ? E_FAIL
+                                                          : __real_MFCreateDXGIDeviceManager(pResetToken, ppManager);
+    }
+}

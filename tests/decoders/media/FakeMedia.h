@@ -1,0 +1,98 @@
+/// @file FakeMedia.h
+/// A scripted stand-in for the platform's source reader. The program that links FakeMedia.cpp opens no files: its
+/// readers play what a test has written down, and count what is asked of them.
+#pragma once
+
+#include <d3d11.h>
+#include <mfapi.h>
+#include <mfreadwrite.h>
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// One picture as the reader delivers it. Memory ends with the last pixel, so that a byte too many is noticed.
+struct FakePicture
+{
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    bool is2D = true;       ///< offers IMF2DBuffer
+    std::int32_t pitch = 0; ///< 2D only: 0 = width * 4; below zero = stored bottom-up
+    bool truncated = false; ///< the buffer ends four bytes early
+    std::function<std::uint32_t(std::uint32_t x, std::uint32_t y)> pixel; ///< 0xAARRGGBB
+};
+
+/// What one ReadSample() answers.
+struct FakeRead
+{
+    LONGLONG time = 0;
+    DWORD flags = 0;
+    HRESULT hr = S_OK;
+    std::optional<FakePicture> picture;                             ///< none: no sample
+    bool emptySample = false;                                       ///< a sample without a buffer
+    std::optional<std::pair<std::uint32_t, std::uint32_t>> newSize; ///< the current media type changes before it
+    bool newTypeWithoutSize = false;
+};
+
+/// A file: its stream, its samples, and what was asked of it.
+struct FakeMedia
+{
+    // ---- script ----
+    std::optional<std::pair<std::uint32_t, std::uint32_t>> size{{64, 36}};
+    std::optional<std::uint32_t> rotation;
+    std::optional<std::pair<std::uint32_t, std::uint32_t>> pixelAspect;
+    std::optional<std::pair<std::uint32_t, std::uint32_t>> frameRate{{30, 1}};
+    std::optional<LONGLONG> duration;
+    GUID majorType = MFMediaType_Video;
+    std::vector<FakeRead> reads;
+    /// Index of the read that follows a seek to a time. Default: the last one that is not later.
+    std::function<std::size_t(LONGLONG)> seek;
+    bool endless = false;          ///< after the last read it comes again and again; otherwise the stream ends
+    std::set<std::string> failing; ///< operations that answer E_FAIL
+
+    // ---- what happened ----
+    mutable std::mutex lock; ///< held by every operation of a reader
+    int nReads = 0;
+    int nFlushes = 0;
+    int flushedAt = 0; ///< place of the last flush among those of all files
+    std::vector<LONGLONG> seeks;
+    std::vector<DWORD> streams; ///< every stream index named, save for the selection of all streams
+    std::vector<std::pair<DWORD, BOOL>> selections;
+    std::optional<GUID> outputSubtype;
+    std::pair<std::uint32_t, std::uint32_t> outputSize{0, 0};
+    std::pair<std::uint32_t, std::uint32_t> outputAspect{0, 0};
+    std::uint32_t outputInterlace = 0;
+    std::uint32_t outputIndependent = 0;
+    std::uint32_t advancedProcessing = 0;
+    std::uint32_t convertersDisabled = 1;
+    std::uint32_t lowLatency = 0;
+    bool hasDeviceManager = false;
+
+    /// Adds @p count samples of the nominal size, @p step apart; sample n is painted with FakeColor(n).
+    void AddFrames(int count, LONGLONG step, LONGLONG first = 0);
+};
+
+/// Colour of sample n: opaque, different for every n below 2^24.
+std::uint32_t FakeColor(std::uint32_t n);
+
+/// The files of this program, and its objects alive.
+class CFakeSystem
+{
+public:
+    static void Install(const std::wstring& path, FakeMedia* media); ///< borrowed; null takes the file away
+    static std::atomic<int>& LiveReaders();
+    static std::atomic<int>& LiveBuffers(); ///< a sample keeps its buffer alive
+    static std::atomic<int>& LiveDevices();
+    static std::atomic<int>& ReadersMade();
+    static std::atomic<int>& OpenLocks();  ///< buffers locked and not yet unlocked
+    static std::atomic<bool>& HasDevice(); ///< whether a hardware device can be made
+    static std::atomic<bool>& DeviceProtected();
+    static std::set<std::string>& FailingFunctions(); ///< creation functions that answer E_FAIL
+};

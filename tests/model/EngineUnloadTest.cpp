@@ -1,0 +1,46 @@
+// A program that loads the engine at run time: what the cache still holds goes when the library is unloaded.
+#include "engine/decoders/IDecoder.h"
+#include "engine/platform/SampleBuffer.h"
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+
+#include <string>
+
+namespace
+{
+std::uint64_t LiveFrames()
+{
+    tagSampleBufferPoolInfo info;
+    GetSampleBufferPoolInfo(&info);
+    return info.nLive;
+}
+
+TEST(EngineLibrary, ReleasesTheDecodersOfTheCacheWhenItIsUnloaded)
+{
+    const std::uint64_t before = LiveFrames();
+    void* const library = dlopen(QMX_ENGINE_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr) << dlerror();
+    using GetDecoderFunction = IDecoder* (*)(std::wstring, const tagDecProp&);
+    const auto getDecoder = reinterpret_cast<GetDecoderFunction>(
+        dlsym(library, "_Z10GetDecoderNSt7__cxx1112basic_stringIwSt11char_traitsIwESaIwEEERK10tagDecProp"));
+    ASSERT_NE(getDecoder, nullptr) << dlerror();
+
+    tagDecProp prop(L"nothing.mp4", 0);
+    prop.width = 16;
+    prop.height = 16;
+    IDecoder* const decoder = getDecoder(L"key", prop);
+    ASSERT_NE(decoder, nullptr);
+    bool flag = false;
+    SampleBufferPtr frame = SampleBufferPtr::Adopt(decoder->GetClipVideoFrame(0, flag));
+    EXPECT_TRUE(frame);
+    frame = {};
+    EXPECT_EQ(decoder->Release(), 1U);
+    EXPECT_EQ(LiveFrames(), before + 1); // the decoder in the cache keeps its last frame
+
+    EXPECT_EQ(dlclose(library), 0);
+    ASSERT_EQ(dlopen(QMX_ENGINE_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr) << "the library is still loaded";
+    EXPECT_EQ(LiveFrames(), before);
+}
+} // namespace
