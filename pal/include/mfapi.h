@@ -9,11 +9,14 @@ inline constexpr DWORD MFSTARTUP_NOSOCKET = 1;
 inline constexpr DWORD MFSTARTUP_LITE = MFSTARTUP_NOSOCKET;
 inline constexpr DWORD MFSTARTUP_FULL = 0;
 
+/// For what hosts call: seen from outside the library that this layer is part of.
+#define PAL_HOST_API __attribute__((visibility("default")))
+
 extern "C"
 {
     /// Called by the host before any media object is made, balanced by MFShutdown().
-    HRESULT MFStartup(DWORD version, DWORD flags);
-    HRESULT MFShutdown();
+    PAL_HOST_API HRESULT MFStartup(DWORD version, DWORD flags);
+    PAL_HOST_API HRESULT MFShutdown();
     HRESULT MFCreateAttributes(IMFAttributes** ppAttributes, UINT32 initialSize);
     HRESULT MFCreateMediaType(IMFMediaType** ppType);
     HRESULT MFCreateSample(IMFSample** ppSample);

@@ -20,16 +20,6 @@ public:
 } // namespace
 } // namespace pal
 
-extern "C" HRESULT MFStartup(DWORD version, DWORD)
-{
-    return version == MF_VERSION ? S_OK : E_INVALIDARG;
-}
-
-extern "C" HRESULT MFShutdown()
-{
-    return S_OK;
-}
-
 extern "C" HRESULT MFCreateAttributes(IMFAttributes** ppAttributes, UINT32)
 {
     if (ppAttributes == nullptr)
