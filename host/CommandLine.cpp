@@ -21,18 +21,18 @@ const std::set<std::string> kPresets{"ultrafast", "superfast", "veryfast", "fast
 
 void AddProject(CLI::App& command, std::string& project)
 {
-    command.add_option("PROJECT", project, "Project file (JSON)")->required();
+    command.add_option("PROJECT", project, "Project file (JSON)")->required()->type_name("");
 }
 
 void AddOutput(CLI::App& command, std::string& output, const char* pText)
 {
-    command.add_option("-o,--output", output, pText)->required();
+    command.add_option("-o,--output", output, pText)->required()->type_name("FILE");
 }
 
 void AddSpan(CLI::App& command, std::string& from, std::string& to)
 {
-    command.add_option("--from", from, "Start in seconds; otherwise the project's start");
-    command.add_option("--to", to, "End in seconds; otherwise the project's end");
+    command.add_option("--from", from, "Start in seconds; otherwise the project's start")->type_name("SECONDS");
+    command.add_option("--to", to, "End in seconds; otherwise the project's end")->type_name("SECONDS");
 }
 
 /// The options of every command, as CLI11 fills them.
@@ -70,8 +70,8 @@ CLI::App* AddFrame(CLI::App& app, Options& options)
 {
     CLI::App* const pCommand = app.add_subcommand("frame", "Write one frame of a project as a PNG file");
     AddProject(*pCommand, options.frame.project);
-    pCommand->add_option("--at", options.frame.at, "Time in seconds")->required();
-    pCommand->add_option("--track", options.frame.track, "ID of the only track to show");
+    pCommand->add_option("--at", options.frame.at, "Time on the time line")->required()->type_name("SECONDS");
+    pCommand->add_option("--track", options.frame.track, "The only track to show")->type_name("ID");
     AddOutput(*pCommand, options.frame.output, "PNG file to write");
     return pCommand;
 }
@@ -103,7 +103,7 @@ CLI::App* AddHash(CLI::App& app, Options& options)
 CLI::App* AddInfo(CLI::App& app, Options& options)
 {
     CLI::App* const pCommand = app.add_subcommand("info", "Print facts of media files");
-    pCommand->add_option("FILE", options.info.files, "Media files")->required();
+    pCommand->add_option("FILE", options.info.files, "Media files")->required()->type_name("");
     pCommand->add_flag("--json", options.info.json, "Print a JSON list");
     return pCommand;
 }

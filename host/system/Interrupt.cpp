@@ -21,7 +21,11 @@ extern "C" void MarkInterrupted(int)
 void CatchInterrupts()
 {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-        std::signal(signal, MarkInterrupted);
+    {
+        // Who started us may want a signal to pass us by, as nohup does.
+        if (std::signal(signal, MarkInterrupted) == SIG_IGN)
+            std::signal(signal, SIG_IGN);
+    }
     std::signal(SIGPIPE, SIG_IGN);
 }
 

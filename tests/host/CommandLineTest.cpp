@@ -4,11 +4,11 @@
 #include "tests/host/TemporaryFolder.h"
 #include "tests/support/Picture.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <fstream>
-#include <regex>
 #include <sstream>
 
 namespace qmx::host
@@ -63,7 +63,7 @@ TEST_F(CommandLine, HelpAndVersionGoToStandardOutput)
     EXPECT_NE(command.Output().find("--crf"), std::string::npos);
     const QmxRun version({"--version"});
     EXPECT_EQ(version.ExitCode(), 0);
-    EXPECT_TRUE(std::regex_match(version.Output(), std::regex(R"(qmx \d+\.\d+\.\d+\n)"))) << version.Output();
+    EXPECT_THAT(version.Output(), testing::MatchesRegex("qmx [0-9]+[.][0-9]+[.][0-9]+\n"));
 }
 
 TEST_F(CommandLine, AWrongCommandLineIsTwoAndSaysWhatIsWrong)
@@ -222,7 +222,7 @@ TEST_F(CommandLine, HashPrintsALineForEveryFrame)
     // Every frame is black, so every checksum is the same.
     for (const std::string& line : lines)
     {
-        EXPECT_TRUE(std::regex_match(line, std::regex(R"(\d+ \d\.\d{7} [0-9a-f]{16})"))) << line;
+        EXPECT_THAT(line, testing::MatchesRegex("[0-9]+ [0-9][.][0-9]{7} [0-9a-f]{16}"));
         EXPECT_EQ(line.substr(line.size() - 16), lines[0].substr(lines[0].size() - 16));
     }
     EXPECT_EQ(run.Errors(), "");
@@ -313,9 +313,8 @@ TEST_F(CommandLine, JsonProgressIsALineAtATimeAndEndsWithTheLastFrame)
     const std::vector<std::string> lines = Lines(run.Output());
     ASSERT_FALSE(lines.empty());
     for (const std::string& line : lines)
-        EXPECT_TRUE(
-            std::regex_match(line, std::regex(R"(\{"frame":\d+,"frames":30,"fps":\d+\.\d,"secondsLeft":\d+\.\d\})")))
-            << line;
+        EXPECT_THAT(line, testing::MatchesRegex("[{]\"frame\":[0-9]+,\"frames\":30,\"fps\":[0-9]+[.][0-9],"
+                                                "\"secondsLeft\":[0-9]+[.][0-9][}]"));
     EXPECT_EQ(lines.back().rfind("{\"frame\":30,", 0), 0U);
 }
 
@@ -334,6 +333,22 @@ TEST_F(CommandLine, AnInterruptedRenderingLeavesNothingBehind)
         EXPECT_EQ(run.Errors(), "qmx: interrupted\n");
         ExpectNothingLeft();
     }
+}
+
+TEST_F(CommandLine, ASignalThatWasIgnoredBeforeStaysIgnored)
+{
+    WriteProject(R"({"width": 64, "height": 48, "frameRate": 30, "tracks": [{"id": 1, "clips":
+        [{"type": "color", "start": 0, "duration": 900000}]}]})");
+    Program run("/bin/sh", {"-c", "trap '' HUP; exec \"$0\" render \"$1\" -o \"$2\" --progress json", QMX_PROGRAM,
+                            Project(), Name("a.mp4")});
+    ASSERT_TRUE(run.WaitForLine());
+    run.Signal(SIGHUP);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_TRUE(run.WaitForLine());
+    run.Signal(SIGTERM);
+    run.Finish();
+    EXPECT_EQ(run.ExitCode(), 1);
+    ExpectNothingLeft();
 }
 
 TEST_F(CommandLine, NamesOfAnyBytesWork)
