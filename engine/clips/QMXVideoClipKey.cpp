@@ -19,7 +19,8 @@ SampleBufferPtr MakeFrame(std::uint32_t width, std::uint32_t height, tagSampleIn
 /// Wipes a frame that could not be painted: nobody sees what its storage held before.
 void ClearFrame(const tagSampleInfo& info)
 {
-    std::memset(info.pData, 0, std::size_t{info.nStride} * info.nHeight);
+    if (info.pData != nullptr)
+        std::memset(info.pData, 0, std::size_t{info.nStride} * info.nHeight);
 }
 } // namespace
 
@@ -146,7 +147,7 @@ SampleBufferPtr CQMXVideoClip::KeyFrame(const SampleBufferPtr& frame)
     if (!DescribeFrame(*frame.Get(), source))
         return {};
     SampleBufferPtr keyed = MakeFrame(source.nWidth, source.nHeight, target);
-    if (!keyed)
+    if (!keyed || target.pData == nullptr)
         return {};
     std::memcpy(target.pData, source.pData, std::size_t{source.nStride} * source.nHeight);
     keyed->SetRatioX(frame->GetRatioX());

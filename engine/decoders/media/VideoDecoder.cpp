@@ -56,6 +56,7 @@ bool CVideoDecoder::Initialize(const tagDecProp& prop)
     return _InternalInitialize(m_prop.filePath, nullptr);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the exported interface takes the path by value
 bool CVideoDecoder::GetVideoInfo(std::wstring path, tagVideoInfo* info)
 {
     return info != nullptr && _InternalInitialize(path, info);

@@ -358,7 +358,7 @@ protected:
         std::memcpy(&color, bytes.data() + (std::size_t{y} * 64 + x) * 4, 4);
         return color;
     }
-    std::vector<std::uint8_t> target = std::vector<std::uint8_t>(64 * 36 * 4);
+    std::vector<std::uint8_t> target = std::vector<std::uint8_t>(std::size_t{64} * 36 * 4);
 };
 
 TEST_F(CVideoDecoderCrop, CopiesWholePicturesOfTheNominalSize)
