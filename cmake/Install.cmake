@@ -7,9 +7,11 @@ include(CMakePackageConfigHelpers)
 set(QMX_PUBLIC_HEADERS
   engine/qmx.h
   engine/clips/ClipType.h
+  engine/clips/EffectModule.h
   engine/clips/IQMXBaseClip.h
   engine/clips/QMXBaseClip.h
   engine/clips/QMXColorClip.h
+  engine/clips/QMXTXClip.h
   engine/clips/QMXVideoClip.h
   engine/clips/RenderProp.h
   engine/clips/TransparentColorInfo.h
@@ -27,7 +29,8 @@ set(QMX_PUBLIC_HEADERS
   engine/platform/PixelUtility.h
   engine/platform/RefPtr.h
   engine/platform/SampleBuffer.h
-  engine/platform/SampleInfo.h)
+  engine/platform/SampleInfo.h
+  engine/platform/TxEffect.h)
 foreach(header IN LISTS QMX_PUBLIC_HEADERS)
   cmake_path(GET header PARENT_PATH folder)
   install(FILES ${PROJECT_SOURCE_DIR}/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qmx/${folder})

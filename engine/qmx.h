@@ -8,6 +8,7 @@
 #include "engine/clips/IQMXBaseClip.h"
 #include "engine/clips/QMXBaseClip.h"
 #include "engine/clips/QMXColorClip.h"
+#include "engine/clips/QMXTXClip.h"
 #include "engine/clips/QMXVideoClip.h"
 #include "engine/decoders/Decoder.h"
 #include "engine/decoders/DecoderCache.h"

@@ -1,15 +1,32 @@
 #include "companions/pixelutility/Bands.h"
 #include "companions/pixelutility/BgraPicture.h"
+#include "companions/pixelutility/LetterBox.h"
 #include "companions/pixelutility/RotateBgra.h"
 #include "companions/pixelutility/ScaleBgra.h"
 #include "companions/pixelutility/kernels/ChromaKey.h"
 #include "engine/platform/PixelUtility.h"
+#include "engine/platform/SampleBuffer.h"
 
 namespace
 {
 bool IsQuarter(std::uint32_t angle)
 {
     return angle == 90 || angle == 270;
+}
+
+/// The pixels of a frame, as long as they are there in full.
+bool FromFrame(ISampleBuffer* pFrame, BgraPicture& picture)
+{
+    std::uint8_t* pPixels = nullptr;
+    std::uint32_t cb = 0;
+    if (!pFrame || pFrame->GetFormat() != kSampleFormatBgra || !pFrame->GetBuffer(&pPixels, &cb))
+        return false;
+    tagSampleInfo info;
+    info.pData = pPixels;
+    info.nWidth = pFrame->GetWidth();
+    info.nHeight = pFrame->GetHeight();
+    info.nStride = info.nWidth * 4;
+    return BgraPicture::FromDescriptor(&info, picture) && picture.Pixels() * 4 <= cb;
 }
 } // namespace
 
@@ -74,5 +91,39 @@ bool ReplaceToTransparent(const tagSampleInfo* pFrame, const tagSampleInfo* pBac
                     for (std::uint32_t y = first; y < end; ++y)
                         KeyBgra(rule, frame.Row(y), background.pData ? background.Row(y) : nullptr, frame.width);
                 });
+    return true;
+}
+
+bool DoLetterBoxBGRATranspanrentEx(ISampleBuffer* pFrame, std::uint8_t* pTarget, std::uint32_t boxWidth,
+                                   std::uint32_t boxHeight, std::uint32_t width, std::uint32_t height,
+                                   std::uint32_t mode)
+{
+    tagSampleInfo info;
+    info.pData = pTarget;
+    info.nWidth = width;
+    info.nHeight = height;
+    info.nStride = width * 4;
+    BgraPicture target;
+    if (!BgraPicture::FromDescriptor(&info, target))
+        return false;
+    BgraPicture source;
+    if (!FromFrame(pFrame, source))
+    {
+        target.Clear();
+        return true;
+    }
+    const bool wholeTarget = boxWidth == 0 || boxHeight == 0;
+    if (wholeTarget && source.HasSizeOf(target))
+        return false;
+    std::uint32_t ratioX = pFrame->GetRatioX();
+    std::uint32_t ratioY = pFrame->GetRatioY();
+    if (ratioX == 0 || ratioY == 0)
+    {
+        ratioX = source.width;
+        ratioY = source.height;
+    }
+    const PixelBox box =
+        FitBox(ratioX, ratioY, wholeTarget ? width : boxWidth, wholeTarget ? height : boxHeight, width, height);
+    PlaceInBox(source, target, box, mode == kScaleArea ? ShrinkMode::Area : ShrinkMode::Bilinear);
     return true;
 }

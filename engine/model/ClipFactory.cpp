@@ -2,6 +2,7 @@
 
 #include "engine/clips/QMXBaseClip.h"
 #include "engine/clips/QMXColorClip.h"
+#include "engine/clips/QMXTXClip.h"
 #include "engine/clips/QMXVideoClip.h"
 
 #include <memory>
@@ -19,6 +20,15 @@ void CopyVideoSettings(CQMXVideoClip& source, CQMXVideoClip& copy)
     copy.SetTransparentColor(source.IsTransparentColorOn(), info);
 }
 
+/// The clips of a transition are copied, never shared. Its effect keeps the factory's values.
+void CopyTransitionClips(CQMXTXClip& source, CQMXTXClip& copy)
+{
+    if (source.GetFromClip() != nullptr)
+        copy.SetFromClip(DuplicateClip(source.GetFromClip()));
+    if (source.GetToClip() != nullptr)
+        copy.SetToClip(DuplicateClip(source.GetToClip()));
+}
+
 /// Copies what only clips of this kind have.
 void CopyOwnSettings(IQMXBaseClip& source, IQMXBaseClip& copy)
 {
@@ -30,6 +40,14 @@ void CopyOwnSettings(IQMXBaseClip& source, IQMXBaseClip& copy)
         auto* const videoCopy = dynamic_cast<CQMXVideoClip*>(&copy);
         if (videoSource != nullptr && videoCopy != nullptr)
             CopyVideoSettings(*videoSource, *videoCopy);
+        break;
+    }
+    case QMXClipType_Transition:
+    {
+        auto* const transitionSource = dynamic_cast<CQMXTXClip*>(&source);
+        auto* const transitionCopy = dynamic_cast<CQMXTXClip*>(&copy);
+        if (transitionSource != nullptr && transitionCopy != nullptr)
+            CopyTransitionClips(*transitionSource, *transitionCopy);
         break;
     }
     default: // a colour clip makes its picture itself
@@ -48,6 +66,8 @@ IQMXBaseClip* CreateClipByClipType(QMXClipType type)
         return new (std::nothrow) CQMXVideoClip;
     case QMXClipType_Color:
         return new (std::nothrow) CQMXColorClip;
+    case QMXClipType_Transition:
+        return new (std::nothrow) CQMXTXClip;
     default:
         return nullptr;
     }

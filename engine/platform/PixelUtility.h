@@ -11,6 +11,8 @@
 
 #include <cstdint>
 
+class ISampleBuffer;
+
 // Each axis is taken by itself: a picture that becomes narrower and taller is averaged along its rows and interpolated
 // down its columns. Pixels are areas, so bilinear samples lie between the centres of source pixels, and the outermost
 // half pixel repeats the edge. Channels are independent; each is within 1 level of the exact result.
@@ -48,6 +50,21 @@ extern "C"
     QMX_PIXELUTILITY_API bool ReplaceToTransparent(const tagSampleInfo* pFrame, const tagSampleInfo* pBackground,
                                                    const std::uint8_t* pKeyColor, double similarity, double smoothness,
                                                    double spill, std::uint8_t option, std::uint8_t keyOnly);
+
+    /// Fits the picture of @p pFrame by its display aspect (GetRatioX() : GetRatioY(); its size where one of them is 0)
+    /// into a box of @p boxWidth x @p boxHeight in the middle of @p pTarget, and makes all around it transparent black.
+    /// @param pFrame   BGRA; borrowed
+    /// @param pTarget  rows of @p width * 4 bytes, @p height of them
+    /// @param boxWidth, boxHeight  0 and 0: the whole target; a box larger than the target is cut to it
+    /// @param mode     kScaleBilinear or kScaleArea
+    /// @return false when nothing was written, as the pixels of the frame can be used as they stand: the frame has the
+    ///         target's size, and no box is asked for; also for a target that cannot be written (null, a side of 0 or
+    ///         above 32,767). A picture that cannot be fitted (null, not BGRA, or memory is short) leaves the whole
+    ///         target transparent black.
+    QMX_PIXELUTILITY_API bool DoLetterBoxBGRATranspanrentEx(ISampleBuffer* pFrame, std::uint8_t* pTarget,
+                                                            std::uint32_t boxWidth, std::uint32_t boxHeight,
+                                                            std::uint32_t width, std::uint32_t height,
+                                                            std::uint32_t mode);
 }
 
 /// A fixed set of threads that share out bands of rows.

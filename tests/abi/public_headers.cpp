@@ -3,12 +3,13 @@
 #include "engine/platform/SampleInfo.h"
 #include "engine/qmx.h"
 
-constexpr unsigned long long kSizes[] = {sizeof(tagSampleInfo), sizeof(tagTransparentColorInfo), sizeof(tagVideoInfo),
-                                         sizeof(tagPIPPOSITION), sizeof(tagRenderProp)};
+constexpr unsigned long long kSizes[] = {sizeof(tagSampleInfo), sizeof(tagTransparentColorInfo),
+                                         sizeof(tagVideoInfo),  sizeof(tagPIPPOSITION),
+                                         sizeof(tagRenderProp), sizeof(tagTxEffectParam)};
 
 void CallOneOfEach(IQMXDocument& document, IQMXTrack& track, IQMXCleaner& cleaner, IQMXBaseClip& clip,
-                   CQMXVideoClip& videoClip, CQMXColorClip& colorClip, IDecoder& decoder, CVideoDecoder& videoDecoder,
-                   ISampleBuffer& buffer)
+                   CQMXVideoClip& videoClip, CQMXColorClip& colorClip, CQMXTXClip& transitionClip, IDecoder& decoder,
+                   CVideoDecoder& videoDecoder, ISampleBuffer& buffer)
 {
     document.GetTrackCount();
     track.GetClipCount();
@@ -16,6 +17,7 @@ void CallOneOfEach(IQMXDocument& document, IQMXTrack& track, IQMXCleaner& cleane
     clip.GetDuration();
     videoClip.GetRotation();
     colorClip.IsVideoOpened();
+    transitionClip.GetFromClip();
     decoder.AddRef();
     videoDecoder.GetLastFrame();
     buffer.AddRef();
