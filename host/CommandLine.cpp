@@ -1,5 +1,6 @@
 #include "host/CommandLine.h"
 
+#include "host/commands/CheckEffectCommand.h"
 #include "host/commands/FrameCommand.h"
 #include "host/commands/HashCommand.h"
 #include "host/commands/InfoCommand.h"
@@ -44,6 +45,7 @@ struct Options
     SheetOptions sheet;
     HashOptions hash;
     InfoOptions info;
+    CheckEffectOptions checkEffect;
 };
 
 CLI::App* AddRender(CLI::App& app, Options& options)
@@ -107,6 +109,17 @@ CLI::App* AddInfo(CLI::App& app, Options& options)
     return pCommand;
 }
 
+CLI::App* AddCheckEffect(CLI::App& app, Options& options)
+{
+    CLI::App* const pCommand =
+        app.add_subcommand("check-effect", "Check that an effect module keeps what transitions rely on");
+    pCommand->add_option("FILE", options.checkEffect.module, "Effect module")->required()->type_name("");
+    pCommand->add_option("--effects", options.checkEffect.count, "How many effect types to check, from 0 on")
+        ->capture_default_str()
+        ->check(CLI::Range(1U, 65'536U));
+    return pCommand;
+}
+
 ProgressMode ModeOf(const Options& options)
 {
     if (!options.progress.empty())
@@ -127,6 +140,7 @@ ExitCode RunCommandLine(int count, const char* const* arguments)
     const CLI::App* const pSheet = AddSheet(app, options);
     const CLI::App* const pHash = AddHash(app, options);
     AddInfo(app, options);
+    const CLI::App* const pCheckEffect = AddCheckEffect(app, options);
     try
     {
         app.parse(count, arguments);
@@ -150,6 +164,8 @@ ExitCode RunCommandLine(int count, const char* const* arguments)
         RunSheet(options.sheet);
     else if (pHash->parsed())
         RunHash(options.hash);
+    else if (pCheckEffect->parsed())
+        return RunCheckEffect(options.checkEffect);
     else
         return RunInfo(options.info);
     return ExitCode::Done;
