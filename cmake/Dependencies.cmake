@@ -10,7 +10,8 @@ target_include_directories(qmx_libyuv SYSTEM INTERFACE ${LIBYUV_INCLUDE_DIR})
 target_link_libraries(qmx_libyuv INTERFACE ${LIBYUV_LIBRARY})
 
 if(NOT WIN32)
-  pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat>=59 libavcodec>=59 libavutil>=57 libswscale>=6)
+  pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat>=59 libavcodec>=59 libavutil>=57.24
+                    libswscale>=6 libswresample>=4)
 endif()
 
 if(QMX_BUILD_HOST)

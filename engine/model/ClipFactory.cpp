@@ -1,5 +1,6 @@
 #include "engine/model/ClipFactory.h"
 
+#include "engine/clips/QMXAudioClip.h"
 #include "engine/clips/QMXBaseClip.h"
 #include "engine/clips/QMXColorClip.h"
 #include "engine/clips/QMXVideoClip.h"
@@ -32,7 +33,7 @@ void CopyOwnSettings(IQMXBaseClip& source, IQMXBaseClip& copy)
             CopyVideoSettings(*videoSource, *videoCopy);
         break;
     }
-    default: // a colour clip makes its picture itself
+    default: // a colour clip makes its picture itself, an audio clip has no settings of its own
         break;
     }
 }
@@ -46,6 +47,8 @@ IQMXBaseClip* CreateClipByClipType(QMXClipType type)
         return new (std::nothrow) CQMXBaseClip(type);
     case QMXClipType_Video:
         return new (std::nothrow) CQMXVideoClip;
+    case QMXClipType_Audio:
+        return new (std::nothrow) CQMXAudioClip;
     case QMXClipType_Color:
         return new (std::nothrow) CQMXColorClip;
     default:

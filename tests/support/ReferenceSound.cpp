@@ -1,0 +1,70 @@
+#include "tests/support/ReferenceSound.h"
+
+#include "engine/decoders/media/AudioDecoder.h"
+#include "tests/support/ClipFixture.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+namespace test_support
+{
+namespace
+{
+std::string Quoted(const std::string& text)
+{
+    std::string quoted = "'";
+    for (const char c : text)
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+} // namespace
+
+Sound DecodeByProgram(const std::filesystem::path& path)
+{
+    const std::string command = "ffmpeg -v quiet -nostdin -i " + Quoted("file:" + path.string()) +
+                                " -map 0:a:0 -ar 48000 -ac 2 -f s16le -c:a pcm_s16le - 2>/dev/null";
+    Sound sound;
+    std::FILE* const pPipe = popen(command.c_str(), "r");
+    if (pPipe == nullptr)
+        return sound;
+    std::vector<std::int16_t> part(1 << 16);
+    while (const std::size_t count = std::fread(part.data(), 2, part.size(), pPipe))
+        sound.values.insert(sound.values.end(), part.begin(), part.begin() + static_cast<std::ptrdiff_t>(count));
+    if (pclose(pPipe) != 0)
+        sound.values.clear();
+    return sound;
+}
+
+Sound DecodeByEngine(const std::filesystem::path& path, std::uint64_t time, std::size_t mostSamples)
+{
+    constexpr std::size_t kLongestBlock = 192'000; // bytes
+    Sound sound;
+    void* hSound = nullptr;
+    if (FAILED(QMXGetClipAudioBegin(&hSound, EnginePath(path), time)))
+        return sound;
+    std::vector<std::int16_t> block(kLongestBlock / 2);
+    while (sound.Samples() < mostSamples)
+    {
+        const unsigned int cb = QMXGetClipAudio(hSound, reinterpret_cast<unsigned char*>(block.data()));
+        if (cb == 0)
+            break;
+        if (cb > kLongestBlock)
+            std::abort(); // a block that is too long has been written over the end
+        sound.values.insert(sound.values.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(cb / 2));
+    }
+    QMXGetClipAudioEnd(hSound);
+    return sound;
+}
+
+int LargestDifference(const Sound& a, std::size_t fromA, const Sound& b, std::size_t fromB, std::size_t count)
+{
+    if (fromA + count > a.Samples() || fromB + count > b.Samples())
+        return 65'536;
+    int largest = 0;
+    for (std::size_t i = 0; i < count * 2; ++i)
+        largest = std::max(largest, std::abs(a.values[fromA * 2 + i] - b.values[fromB * 2 + i]));
+    return largest;
+}
+} // namespace test_support
