@@ -42,10 +42,8 @@ AudioFrames::AudioFrames(const MediaFile& file, AVStream& stream)
         throw std::bad_alloc();
 }
 
-HRESULT AudioFrames::Open()
+HRESULT AudioFrames::OpenDecoder()
 {
-    if (m_pCodec)
-        return S_OK;
     const AVCodecParameters& parameters = *m_stream.codecpar;
     const AVCodec* const pDecoder = avcodec_find_decoder(parameters.codec_id);
     if (pDecoder == nullptr || parameters.sample_rate <= 0 || parameters.sample_rate > kMaxAudioRate ||
@@ -61,6 +59,16 @@ HRESULT AudioFrames::Open()
     if (avcodec_open2(pCodec.get(), pDecoder, nullptr) < 0)
         return MF_E_TOPO_CODEC_NOT_FOUND;
     m_pCodec = std::move(pCodec);
+    return S_OK;
+}
+
+HRESULT AudioFrames::Open()
+{
+    if (m_pCodec)
+        return S_OK;
+    const HRESULT hr = OpenDecoder();
+    if (FAILED(hr))
+        return hr;
     m_isHeld = Decode();
     FindEnd();
     return S_OK;
@@ -70,7 +78,7 @@ void AudioFrames::FindEnd()
 {
     const AVFormatContext& format = *m_file.GetFormat();
     const int rate = GetRate();
-    const std::int64_t heard = m_isHeld ? m_place : 0;
+    const std::int64_t heard = (m_isHeld ? m_place : 0) + m_packets.GetFrontPadding();
     m_zero = m_hasPictures ? 0 : heard;
     if (const std::uint64_t duration = m_file.GetDuration(); duration != 0)
         m_longest = std::max<std::int64_t>(0, heard) + std::int64_t{kMarginSeconds} * rate +
@@ -212,7 +220,10 @@ AudioFrames::Block AudioFrames::Next()
 void AudioFrames::Restart()
 {
     m_packets.SeekToStart();
-    avcodec_flush_buffers(m_pCodec.get());
+    // A decoder that is only flushed may still know how the last block before ended. Where there is memory for a new
+    // one, the start sounds as it did the first time.
+    if (FAILED(OpenDecoder()))
+        avcodec_flush_buffers(m_pCodec.get());
     m_next = AV_NOPTS_VALUE;
     m_isHeld = m_isDraining = m_isDrained = false;
 }

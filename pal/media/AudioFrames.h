@@ -39,6 +39,7 @@ public:
     void Seek(std::int64_t place);
 
 private:
+    [[nodiscard]] HRESULT OpenDecoder();
     bool Decode();
     bool Accept();
     bool Feed();

@@ -27,18 +27,38 @@ bool IsBareStream(const AVFormatContext& format)
            std::any_of(std::begin(kNames), std::end(kNames), [&](const char* p) { return std::strcmp(p, pName) == 0; });
 }
 
-/// Samples at the end of a packet that are padding.
-std::int64_t PaddingOf(const AVPacket& packet)
+/// Samples at the front and at the end of a packet that are padding.
+struct Padding
+{
+    std::int64_t front = 0;
+    std::int64_t end = 0;
+};
+Padding PaddingOf(const AVPacket& packet)
 {
     std::size_t cb = 0;
     const std::uint8_t* const pSide = av_packet_get_side_data(&packet, AV_PKT_DATA_SKIP_SAMPLES, &cb);
-    return pSide != nullptr && cb >= 8 ? AV_RL32(pSide + 4) : 0;
+    if (pSide == nullptr || cb < 8)
+        return {};
+    return {AV_RL32(pSide), AV_RL32(pSide + 4)};
+}
+
+/// Samples of an Opus packet at 48 kHz, as its first two bytes say (RFC 6716, section 3.1); 0 for none.
+std::int64_t OpusLengthOf(const AVPacket& packet)
+{
+    if (packet.size < 2)
+        return 0;
+    constexpr int kSilk[] = {480, 960, 1920, 2880};
+    constexpr int kCelt[] = {120, 240, 480, 960};
+    const int config = packet.data[0] >> 3;
+    const int length = config < 12 ? kSilk[config & 3] : config < 16 ? kSilk[config & 1] : kCelt[config & 3];
+    const int code = packet.data[0] & 3;
+    return length * (code == 0 ? 1 : code == 3 ? packet.data[1] & 63 : 2);
 }
 } // namespace
 
 AudioPackets::AudioPackets(const MediaFile& file, AVStream& stream)
     : m_format(*file.GetFormat()), m_stream(stream), m_rate(std::max(1, stream.codecpar->sample_rate)),
-      m_isBare(IsBareStream(*file.GetFormat()))
+      m_isBare(IsBareStream(*file.GetFormat())), m_isOgg(std::strcmp(file.GetFormat()->iformat->name, "ogg") == 0)
 {
     for (unsigned i = 0; i < m_format.nb_streams; ++i)
         m_format.streams[i]->discard = m_format.streams[i] == &stream ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
@@ -53,6 +73,11 @@ AudioPackets::AudioPackets(const MediaFile& file, AVStream& stream)
     const bool hasPictures = file.FindStream(AVMEDIA_TYPE_VIDEO) != nullptr;
     m_origin = hasPictures ? file.GetStart(stream.time_base) : m_firstTicks;
     m_first = av_rescale_q(m_firstTicks - m_origin, stream.time_base, {1, m_rate});
+    m_length = stream.codecpar->frame_size > 1 ? stream.codecpar->frame_size : 0;
+    if (m_pPeeked && stream.codecpar->codec_id == AV_CODEC_ID_OPUS)
+        m_length = DurationOf(*m_pPeeked);
+    if (m_pPeeked && m_isBare)
+        m_frontPadding = PaddingOf(*m_pPeeked).front;
 }
 
 std::int64_t AudioPackets::GetTolerance() const
@@ -75,25 +100,31 @@ AvPacketPtr AudioPackets::ReadOne()
     return nullptr;
 }
 
-/// Ticks as samples; put right where all packets have one length.
 std::int64_t AudioPackets::PlaceOf(std::int64_t ticks) const
 {
     if (ticks == AV_NOPTS_VALUE)
         return AV_NOPTS_VALUE;
+    return Snapped(av_rescale_q(ticks - m_origin, m_stream.time_base, {1, m_rate}));
+}
+
+/// Where packets have one length, the place that is a whole number of packets away from the first one, if rounding to
+/// ticks explains the difference.
+std::int64_t AudioPackets::Snapped(std::int64_t place) const
+{
     const AVRational tick = m_stream.time_base;
     const AVRational sample{1, m_rate};
-    const std::int64_t place = av_rescale_q(ticks - m_origin, tick, sample);
-    const std::int64_t length = m_stream.codecpar->frame_size;
-    if (length <= 1 || av_cmp_q(tick, sample) == 0)
+    if (m_length <= 1 || av_cmp_q(tick, sample) == 0)
         return place;
-    const std::int64_t index = (place - m_first + (place >= m_first ? length / 2 : -length / 2)) / length;
-    const std::int64_t snapped = m_first + index * length;
+    const std::int64_t half = place >= m_first ? m_length / 2 : -m_length / 2;
+    const std::int64_t snapped = m_first + (place - m_first + half) / m_length * m_length;
     const std::int64_t most = av_rescale_q_rnd(1, tick, sample, AV_ROUND_UP) + 1;
     return std::abs(snapped - place) <= most ? snapped : place;
 }
 
 std::int64_t AudioPackets::DurationOf(const AVPacket& packet) const
 {
+    if (m_stream.codecpar->codec_id == AV_CODEC_ID_OPUS && m_rate == 48'000)
+        return OpusLengthOf(packet);
     const AVRational tick = m_stream.time_base;
     const std::int64_t up = av_rescale_q_rnd(packet.duration, tick, {1, m_rate}, AV_ROUND_UP);
     const std::int64_t down = av_rescale_q_rnd(packet.duration, tick, {1, m_rate}, AV_ROUND_DOWN);
@@ -129,6 +160,13 @@ AvPacketPtr AudioPackets::Next()
     const std::int64_t ticks = pPacket->pts != AV_NOPTS_VALUE ? pPacket->pts : pPacket->dts;
     const std::int64_t duration = DurationOf(*pPacket);
     pPacket->pts = m_isBare ? CountedPlaceOf(*pPacket) : PlaceOf(ticks);
+    if (m_isBare)
+    {
+        const std::int64_t padding = PaddingOf(*pPacket).end;
+        if (padding > 0 && !m_isCounted)
+            m_countedEnd = std::min(m_countedEnd, pPacket->pts + duration - padding);
+        av_packet_free_side_data(pPacket.get()); // after a seek it would tell of padding that is not there
+    }
     pPacket->dts = pPacket->pts;
     pPacket->duration = duration;
     return pPacket;
@@ -153,7 +191,7 @@ void AudioPackets::CountAll()
         return;
     SeekToStart();
     std::int64_t end = 0;
-    std::int64_t padding = 0;
+    std::int64_t heardEnd = INT64_MAX;
     for (std::int64_t n = 0;; ++n)
     {
         const AvPacketPtr pPacket = ReadOne();
@@ -161,10 +199,11 @@ void AudioPackets::CountAll()
             break;
         if (n % m_stride == 0)
             Keep({pPacket->pos, end});
-        padding = PaddingOf(*pPacket);
         end += DurationOf(*pPacket);
+        if (const std::int64_t padding = PaddingOf(*pPacket).end; padding > 0)
+            heardEnd = std::min(heardEnd, end - padding);
     }
-    m_countedEnd = std::max<std::int64_t>(0, end - padding);
+    m_countedEnd = std::min(end, heardEnd);
     SeekToStart();
 }
 
@@ -173,18 +212,54 @@ void AudioPackets::SeekToStart()
     m_pPeeked.reset();
     ++GetMediaStatistics().seeks;
     m_next = m_isBare ? 0 : AV_NOPTS_VALUE;
-    if (av_seek_frame(&m_format, m_stream.index, m_firstTicks, AVSEEK_FLAG_BACKWARD) < 0)
+    // A bare stream's times start anew wherever it is entered, so only the place in the file counts.
+    const int flags = m_isBare ? AVSEEK_FLAG_BYTE : AVSEEK_FLAG_BACKWARD;
+    if (av_seek_frame(&m_format, m_stream.index, m_isBare ? m_firstBytes : m_firstTicks, flags) < 0)
         avformat_seek_file(&m_format, -1, INT64_MIN, 0, INT64_MAX, AVSEEK_FLAG_BYTE);
+}
+
+bool AudioPackets::SeekTicks(std::int64_t place)
+{
+    ++GetMediaStatistics().seeks;
+    const std::int64_t ticks = m_origin + av_rescale_q_rnd(place, {1, m_rate}, m_stream.time_base, AV_ROUND_DOWN);
+    return av_seek_frame(&m_format, m_stream.index, ticks, AVSEEK_FLAG_BACKWARD) >= 0;
+}
+
+/// True when every packet from here on lies on one page. The position is lost.
+bool AudioPackets::IsOnLastPage()
+{
+    std::int64_t page = -1;
+    while (const AvPacketPtr pPacket = ReadOne())
+    {
+        if (page >= 0 && pPacket->pos != page)
+            return false;
+        page = pPacket->pos;
+    }
+    return true;
 }
 
 void AudioPackets::Seek(std::int64_t place)
 {
+    m_pPeeked.reset();
+    if (m_isOgg)
+    {
+        // A page states the time of its end. The last page may end in padding, so its packets have places only if they
+        // are come to from the page before.
+        std::int64_t back = 0;
+        while (place - back > m_first && SeekTicks(place - back))
+        {
+            if (!IsOnLastPage())
+            {
+                SeekTicks(place - back);
+                return;
+            }
+            back = back * 2 + m_rate;
+        }
+        return SeekToStart();
+    }
     if (!m_isBare)
     {
-        m_pPeeked.reset();
-        ++GetMediaStatistics().seeks;
-        const std::int64_t ticks = m_origin + av_rescale_q_rnd(place, {1, m_rate}, m_stream.time_base, AV_ROUND_DOWN);
-        if (av_seek_frame(&m_format, m_stream.index, ticks, AVSEEK_FLAG_BACKWARD) < 0)
+        if (!SeekTicks(place))
             SeekToStart();
         return;
     }
@@ -193,7 +268,6 @@ void AudioPackets::Seek(std::int64_t place)
                                         [](std::int64_t p, const Place& entry) { return p < entry.samples; });
     if (after == m_places.begin() || std::prev(after) == m_places.begin())
         return SeekToStart();
-    m_pPeeked.reset();
     ++GetMediaStatistics().seeks;
     m_next = AV_NOPTS_VALUE;
     if (av_seek_frame(&m_format, m_stream.index, std::prev(after)->bytes, AVSEEK_FLAG_BYTE) < 0)

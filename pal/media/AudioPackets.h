@@ -37,6 +37,8 @@ public:
 
     /// True for a stream whose packets are counted.
     bool IsBare() const { return m_isBare; }
+    /// Samples that the encoder of a bare stream has put in front. (Elsewhere the decoder leaves them out.)
+    std::int64_t GetFrontPadding() const { return m_frontPadding; }
     /// End of a bare stream as far as it has been counted, without what its header says is padding; else INT64_MAX.
     std::int64_t GetCountedEnd() const { return m_countedEnd; }
     /// Reads through a bare stream, if that has not been done. The position is lost.
@@ -50,7 +52,10 @@ private:
     };
 
     AvPacketPtr ReadOne();
+    bool SeekTicks(std::int64_t place);
+    bool IsOnLastPage();
     std::int64_t PlaceOf(std::int64_t ticks) const;
+    std::int64_t Snapped(std::int64_t place) const;
     std::int64_t DurationOf(const AVPacket& packet) const;
     std::int64_t CountedPlaceOf(const AVPacket& packet);
     void Keep(const Place& place);
@@ -59,17 +64,20 @@ private:
     AVStream& m_stream;
     const int m_rate;
     bool m_isBare = false;
+    bool m_isOgg = false;
     std::int64_t m_origin = 0;      ///< ticks
     std::int64_t m_firstTicks = 0;  ///< of the first packet
     std::int64_t m_firstBytes = -1; ///< likewise, place in the file
     std::int64_t m_first = 0;
-    AvPacketPtr m_pPeeked; ///< the first packet, until it is asked for
+    std::int64_t m_length = 0; ///< of every packet but perhaps the last, as far as its coding tells; 0: they differ
+    AvPacketPtr m_pPeeked;     ///< the first packet, until it is asked for
 
     // bare streams
     std::vector<Place> m_places; ///< ascending
     std::int64_t m_stride = 1;   ///< of so many packets one is in the list
     bool m_isCounted = false;
     std::int64_t m_countedEnd = INT64_MAX;
+    std::int64_t m_frontPadding = 0;
     std::int64_t m_next = 0; ///< place of the next packet; AV_NOPTS_VALUE: not known
 };
 } // namespace pal

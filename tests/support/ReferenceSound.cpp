@@ -4,6 +4,7 @@
 #include "tests/support/ClipFixture.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -66,5 +67,18 @@ int LargestDifference(const Sound& a, std::size_t fromA, const Sound& b, std::si
     for (std::size_t i = 0; i < count * 2; ++i)
         largest = std::max(largest, std::abs(a.values[fromA * 2 + i] - b.values[fromB * 2 + i]));
     return largest;
+}
+
+double DifferenceInDb(const Sound& a, std::size_t fromA, const Sound& b, std::size_t fromB, std::size_t count)
+{
+    if (fromA + count > a.Samples() || fromB + count > b.Samples())
+        return 0;
+    double sum = 0;
+    for (std::size_t i = 0; i < count * 2; ++i)
+    {
+        const double difference = (a.values[fromA * 2 + i] - b.values[fromB * 2 + i]) / 32'768.0;
+        sum += difference * difference;
+    }
+    return sum > 0 ? 10 * std::log10(sum / static_cast<double>(count * 2)) : -200;
 }
 } // namespace test_support

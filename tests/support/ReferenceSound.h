@@ -29,4 +29,6 @@ Sound DecodeByEngine(const std::filesystem::path& path, std::uint64_t time = 0, 
 /// Largest difference between @p count samples of @p a from @p fromA on and those of @p b from @p fromB on; 65536 when
 /// one of them is too short.
 int LargestDifference(const Sound& a, std::size_t fromA, const Sound& b, std::size_t fromB, std::size_t count);
+/// The same as the root of the mean square, in dB of full scale; -200 for equal samples.
+double DifferenceInDb(const Sound& a, std::size_t fromA, const Sound& b, std::size_t fromB, std::size_t count);
 } // namespace test_support
