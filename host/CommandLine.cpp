@@ -1,5 +1,6 @@
 #include "host/CommandLine.h"
 
+#include "host/commands/AudioCommand.h"
 #include "host/commands/FrameCommand.h"
 #include "host/commands/HashCommand.h"
 #include "host/commands/InfoCommand.h"
@@ -44,12 +45,13 @@ struct Options
     FrameOptions frame;
     SheetOptions sheet;
     HashOptions hash;
+    AudioOptions audio;
     InfoOptions info;
 };
 
 CLI::App* AddRender(CLI::App& app, Options& options)
 {
-    CLI::App* const pCommand = app.add_subcommand("render", "Encode a project as a video (H.264 in MP4)");
+    CLI::App* const pCommand = app.add_subcommand("render", "Encode a project as a video (H.264 and AAC in MP4)");
     AddProject(*pCommand, options.render.project);
     AddOutput(*pCommand, options.render.output, "Video file to write, *.mp4");
     AddSpan(*pCommand, options.render.from, options.render.to);
@@ -100,6 +102,14 @@ CLI::App* AddHash(CLI::App& app, Options& options)
     return pCommand;
 }
 
+CLI::App* AddAudio(CLI::App& app, Options& options)
+{
+    CLI::App* const pCommand = app.add_subcommand("audio", "Write the sound of a project as a WAV file");
+    AddProject(*pCommand, options.audio.project);
+    AddOutput(*pCommand, options.audio.output, "Sound file to write, *.wav");
+    return pCommand;
+}
+
 CLI::App* AddInfo(CLI::App& app, Options& options)
 {
     CLI::App* const pCommand = app.add_subcommand("info", "Print facts of media files");
@@ -126,6 +136,7 @@ ExitCode RunCommandLine(int count, const char* const* arguments)
     const CLI::App* const pFrame = AddFrame(app, options);
     const CLI::App* const pSheet = AddSheet(app, options);
     const CLI::App* const pHash = AddHash(app, options);
+    const CLI::App* const pAudio = AddAudio(app, options);
     AddInfo(app, options);
     try
     {
@@ -150,6 +161,8 @@ ExitCode RunCommandLine(int count, const char* const* arguments)
         RunSheet(options.sheet);
     else if (pHash->parsed())
         RunHash(options.hash);
+    else if (pAudio->parsed())
+        RunAudio(options.audio);
     else
         return RunInfo(options.info);
     return ExitCode::Done;
