@@ -9,8 +9,8 @@ namespace qmx::host
 {
 namespace
 {
-constexpr float kReleaseRate = 1.0F / (0.1F * kSoundRate); // a tenth of a second
-constexpr float kNearlyOne = 0.9999F;
+constexpr double kReleaseRate = 1.0 / (0.1 * kSoundRate); // a tenth of a second
+constexpr double kNearlyOne = 0.9999;
 } // namespace
 
 SoundLimiter::SoundLimiter()
@@ -24,7 +24,8 @@ void SoundLimiter::Reset()
     m_peaks.assign(kWindow, 1);
     m_gains.assign(kWindow, 1);
     m_at = 0;
-    m_lowest = m_released = 1;
+    m_lowest = 1;
+    m_released = 1;
     m_lowered = 0;
 }
 
@@ -64,8 +65,8 @@ void SoundLimiter::Process(float* pSamples, std::size_t count)
         m_released += (1 - m_released) * kReleaseRate;
         if (m_released > kNearlyOne)
             m_released = 1;
-        m_released = std::min(ahead, m_released);
-        const float gain = Smoothed(m_released);
+        m_released = std::min<double>(ahead, m_released);
+        const float gain = Smoothed(static_cast<float>(m_released));
         m_delay[m_at * 2] = pSample[0];
         m_delay[m_at * 2 + 1] = pSample[1];
         m_at = m_at + 1 == kWindow ? 0 : m_at + 1;

@@ -38,7 +38,7 @@ private:
     std::vector<float> m_gains; ///< the last kWindow values of e
     std::size_t m_at = 0;       ///< place of the next sample in the rings
     float m_lowest = 1;         ///< the lowest of m_peaks
-    float m_released = 1;       ///< the last e
+    double m_released = 1;      ///< the last e; its steps near 1 are too small for a float
     std::size_t m_lowered = 0;  ///< values of e in the ring that are below 1
 };
 } // namespace qmx::host

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <string>
 
 namespace test_support
@@ -35,6 +36,40 @@ Sound DecodeByProgram(const std::filesystem::path& path)
         sound.values.insert(sound.values.end(), part.begin(), part.begin() + static_cast<std::ptrdiff_t>(count));
     if (pclose(pPipe) != 0)
         sound.values.clear();
+    return sound;
+}
+
+void WriteWave(const std::filesystem::path& path, const Sound& sound, std::uint32_t rate)
+{
+    std::ofstream file(path, std::ios::binary);
+    const auto number = [&](std::uint32_t value, std::streamsize bytes)
+    { file.write(reinterpret_cast<const char*>(&value), bytes); };
+    const auto cbData = static_cast<std::uint32_t>(sound.values.size() * 2);
+    file << "RIFF";
+    number(cbData + 36, 4);
+    file << "WAVEfmt ";
+    number(16, 4);
+    number(1, 2);
+    number(2, 2);
+    number(rate, 4);
+    number(rate * 4, 4);
+    number(4, 2);
+    number(16, 2);
+    file << "data";
+    number(cbData, 4);
+    file.write(reinterpret_cast<const char*>(sound.values.data()), cbData);
+}
+
+Sound Tone(std::size_t samples, double hertz, double amplitude)
+{
+    Sound sound;
+    for (std::size_t i = 0; i < samples; ++i)
+    {
+        const double angle = 2 * 3.14159265358979 * hertz * static_cast<double>(i) / 48'000;
+        for (const int harmonic : {1, 3})
+            sound.values.push_back(
+                static_cast<std::int16_t>(std::lround(32'767 * amplitude * std::sin(harmonic * angle))));
+    }
     return sound;
 }
 

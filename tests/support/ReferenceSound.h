@@ -21,6 +21,11 @@ struct Sound
 /// The whole sound of a file, decoded, resampled and mixed to 48 kHz stereo by ffmpeg; empty when that fails.
 Sound DecodeByProgram(const std::filesystem::path& path);
 
+/// Writes a WAV file of 16-bit stereo. @param rate  samples per second
+void WriteWave(const std::filesystem::path& path, const Sound& sound, std::uint32_t rate = 48'000);
+/// A tone on the left, one three times as high on the right. @param hertz  at 48 kHz
+Sound Tone(std::size_t samples, double hertz, double amplitude = 0.5);
+
 /// The whole sound of a file, decoded by the engine: QMXGetClipAudioBegin() at @p time and QMXGetClipAudio() to the
 /// end.
 /// @param mostSamples  where to stop, give or take a block
