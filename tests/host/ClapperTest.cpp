@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -73,7 +74,12 @@ TEST_P(ClapperTest, FlashAndClickKeepTheirPlaces)
     const std::string project = (m_folder.Path() / "p.json").string();
     const std::string output = (m_folder.Path() / "a.mp4").string();
     constexpr double kPerSecond = 30'000.0 / 1'001;
-    const auto decimals = [](int frames) { return std::to_string(frames / kPerSecond); };
+    const auto decimals = [](int frames)
+    {
+        std::array<char, 32> text{};
+        std::snprintf(text.data(), text.size(), "%.7f", frames / kPerSecond);
+        return std::string(text.data());
+    };
     std::ofstream(project) << R"({"width": 64, "height": 48, "frameRate": "30000/1001", "tracks": [{"id": 1, "clips":
         [{"type": "video", "start": 0, "path": ")" +
                                   film.string() + "\", \"duration\": " + std::to_string(clapper.seconds) +
