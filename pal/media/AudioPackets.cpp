@@ -54,6 +54,20 @@ std::int64_t OpusLengthOf(const AVPacket& packet)
     const int code = packet.data[0] & 3;
     return length * (code == 0 ? 1 : code == 3 ? packet.data[1] & 63 : 2);
 }
+
+/// Samples of an ADTS frame, in samples of @p rate, as its header says (ISO/IEC 14496-3, table 1.A.6); 0 for anything
+/// else. The demuxer takes every frame for one of the first frame's rate.
+std::int64_t AdtsLengthOf(const AVPacket& packet, int rate)
+{
+    constexpr int kRates[] = {96'000, 88'200, 64'000, 48'000, 44'100, 32'000, 24'000,
+                              22'050, 16'000, 12'000, 11'025, 8'000,  7'350};
+    constexpr int kBlock = 1'024;
+    if (packet.size < 7 || packet.data[0] != 0xFF || (packet.data[1] & 0xF6) != 0xF0)
+        return 0;
+    const std::size_t index = packet.data[2] >> 2 & 15;
+    const int blocks = (packet.data[6] & 3) + 1;
+    return index < std::size(kRates) ? av_rescale(std::int64_t{kBlock} * blocks, rate, kRates[index]) : 0;
+}
 } // namespace
 
 AudioPackets::AudioPackets(const MediaFile& file, AVStream& stream)
@@ -125,6 +139,9 @@ std::int64_t AudioPackets::DurationOf(const AVPacket& packet) const
 {
     if (m_stream.codecpar->codec_id == AV_CODEC_ID_OPUS && m_rate == 48'000)
         return OpusLengthOf(packet);
+    if (m_isBare && m_stream.codecpar->codec_id == AV_CODEC_ID_AAC)
+        if (const std::int64_t length = AdtsLengthOf(packet, m_rate); length > 0)
+            return length;
     const AVRational tick = m_stream.time_base;
     const std::int64_t up = av_rescale_q_rnd(packet.duration, tick, {1, m_rate}, AV_ROUND_UP);
     const std::int64_t down = av_rescale_q_rnd(packet.duration, tick, {1, m_rate}, AV_ROUND_DOWN);
