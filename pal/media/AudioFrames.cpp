@@ -167,6 +167,7 @@ bool AudioFrames::Accept()
     PlaceFrame();
     if (m_place == AV_NOPTS_VALUE)
         return false; // after a seek: something with a time will follow
+    m_isAtStart = false;
     const bool isHeard = TrimFrame();
     m_next = m_place + LengthOf(frame.nb_samples);
     return isHeard;
@@ -176,6 +177,8 @@ void AudioFrames::PlaceFrame()
 {
     const std::int64_t stated = m_pFrame->best_effort_timestamp;
     m_place = m_next != AV_NOPTS_VALUE ? m_next : stated;
+    if (m_isAtStart && m_place == AV_NOPTS_VALUE)
+        m_place = m_packets.GetFirst();
     if (m_next == AV_NOPTS_VALUE || stated == AV_NOPTS_VALUE)
         return;
     const std::int64_t hole = stated - m_next;
@@ -226,6 +229,7 @@ void AudioFrames::Restart()
         avcodec_flush_buffers(m_pCodec.get());
     m_next = AV_NOPTS_VALUE;
     m_isHeld = m_isDraining = m_isDrained = false;
+    m_isAtStart = true;
 }
 
 void AudioFrames::Seek(std::int64_t place)
@@ -237,7 +241,7 @@ void AudioFrames::Seek(std::int64_t place)
         m_packets.Seek(place - back);
         avcodec_flush_buffers(m_pCodec.get());
         m_next = AV_NOPTS_VALUE;
-        m_isDraining = m_isDrained = false;
+        m_isAtStart = m_isDraining = m_isDrained = false;
         m_isHeld = Decode();
         // The first packets after a seek may give nothing; a part of what is decoded in advance may be missing.
         if (m_isHeld && m_place <= place - preroll / 2)

@@ -63,6 +63,7 @@ private:
     std::int64_t m_longest = INT64_MAX;   ///< place after which a container's time is taken for damage
     std::int64_t m_statedEnd = INT64_MAX; ///< by the container's table of samples
     std::int64_t m_end = INT64_MAX;       ///< end of what is heard
+    bool m_isAtStart = true;              ///< nothing has been decoded since the start of the stream
     bool m_isDraining = false;
     bool m_isDrained = false;
 };
