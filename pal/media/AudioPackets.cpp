@@ -86,7 +86,12 @@ AudioPackets::AudioPackets(const MediaFile& file, AVStream& stream)
         m_firstTicks = stream.start_time != AV_NOPTS_VALUE ? stream.start_time : 0;
     const bool hasPictures = file.FindStream(AVMEDIA_TYPE_VIDEO) != nullptr;
     m_origin = hasPictures ? file.GetStart(stream.time_base) : m_firstTicks;
-    m_first = av_rescale_q(m_firstTicks - m_origin, stream.time_base, {1, m_rate});
+    // The first sample that is heard is the one whose time is stated without rounding, as a rule; padding lies before
+    // it.
+    const AVRational sample{1, m_rate};
+    const std::int64_t padding = std::clamp(stream.codecpar->initial_padding, 0, m_rate);
+    const std::int64_t heard = m_firstTicks - m_origin + av_rescale_q(padding, sample, stream.time_base);
+    m_first = av_rescale_q(heard, stream.time_base, sample) - padding;
     m_length = stream.codecpar->frame_size > 1 ? stream.codecpar->frame_size : 0;
     if (m_pPeeked && stream.codecpar->codec_id == AV_CODEC_ID_OPUS)
         m_length = DurationOf(*m_pPeeked);

@@ -23,10 +23,11 @@ std::string Quoted(const std::string& text)
 }
 } // namespace
 
-Sound DecodeByProgram(const std::filesystem::path& path)
+Sound DecodeByProgram(const std::filesystem::path& path, const std::string& filter)
 {
-    const std::string command = "ffmpeg -v quiet -nostdin -i " + Quoted("file:" + path.string()) +
-                                " -map 0:a:0 -ar 48000 -ac 2 -f s16le -c:a pcm_s16le - 2>/dev/null";
+    const std::string command = "ffmpeg -v quiet -nostdin -i " + Quoted("file:" + path.string()) + " -map 0:a:0 " +
+                                (filter.empty() ? "" : "-af " + Quoted(filter)) +
+                                " -ar 48000 -ac 2 -f s16le -c:a pcm_s16le - 2>/dev/null";
     Sound sound;
     std::FILE* const pPipe = popen(command.c_str(), "r");
     if (pPipe == nullptr)

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <string>
 #include <vector>
 
 namespace test_support
@@ -19,7 +20,8 @@ struct Sound
 };
 
 /// The whole sound of a file, decoded, resampled and mixed to 48 kHz stereo by ffmpeg; empty when that fails.
-Sound DecodeByProgram(const std::filesystem::path& path);
+/// @param filter  ffmpeg's filters, which come first; may be empty
+Sound DecodeByProgram(const std::filesystem::path& path, const std::string& filter = "");
 
 /// Writes a WAV file of 16-bit stereo. @param rate  samples per second
 void WriteWave(const std::filesystem::path& path, const Sound& sound, std::uint32_t rate = 48'000);
