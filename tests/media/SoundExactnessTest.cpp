@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <ostream>
+#include <string>
 
 using namespace test_support;
 
@@ -129,6 +130,7 @@ TEST_P(SoundExactnessTest, GivesTheSamplesOfAnIndependentDecodingWhereverReading
     const std::size_t common = std::min(whole.Samples(), reference.Samples()) - 20;
     EXPECT_LE(DifferenceInDb(whole, 0, reference, 0, common), film.Limit());
 
+    double worst = DifferenceInDb(whole, 0, reference, 0, common);
     constexpr int kPositions = 50;
     constexpr std::size_t kCount = 4'000;
     OpenSound open;
@@ -141,7 +143,9 @@ TEST_P(SoundExactnessTest, GivesTheSamplesOfAnIndependentDecodingWhereverReading
         const Sound part = open.From(time, kCount);
         ASSERT_LE(DifferenceInDb(part, 0, whole, sample, kCount), film.Limit()) << "from sample " << sample;
         ASSERT_LE(DifferenceInDb(part, 0, reference, sample, kCount), film.Limit()) << "from sample " << sample;
+        worst = std::max(worst, DifferenceInDb(part, 0, reference, sample, kCount));
     }
+    RecordProperty("worst_dB", std::to_string(worst));
 }
 
 TEST_P(SoundExactnessTest, EndsWhereItEndsHoweverTheEndIsReached)
