@@ -41,7 +41,8 @@ AVChannelLayout LayoutFor(std::uint64_t mask, int channels)
 std::vector<double> TurnMatrix(int target, int source)
 {
     std::vector<double> matrix(static_cast<std::size_t>(target) * static_cast<std::size_t>(source));
-    const double part = 1.0 / ((source + target - 1) / target);
+    const int mostInOne = (source + target - 1) / target;
+    const double part = 1.0 / mostInOne;
     for (int in = 0; in < source; ++in)
         matrix[static_cast<std::size_t>(in % target) * static_cast<std::size_t>(source) +
                static_cast<std::size_t>(in)] = part;

@@ -111,14 +111,14 @@ std::int64_t AudioFrames::Preroll() const
     {
     case AV_CODEC_ID_MP2:
     case AV_CODEC_ID_MP3: // a frame of a low rate takes its bits from up to twenty before it
-        return 24 * 1152;
+        return std::int64_t{24} * 1'152;
     case AV_CODEC_ID_AAC:
-        return 4 * 2048;
+        return std::int64_t{4} * 2'048;
     case AV_CODEC_ID_AC3:
     case AV_CODEC_ID_EAC3:
-        return 4 * 1536;
+        return std::int64_t{4} * 1'536;
     case AV_CODEC_ID_VORBIS:
-        return 3 * 8192;
+        return std::int64_t{3} * 8'192;
     default:
         return std::max<std::int64_t>(m_stream.codecpar->seek_preroll, GetRate());
     }

@@ -52,7 +52,7 @@ std::int64_t OpusLengthOf(const AVPacket& packet)
     const int config = packet.data[0] >> 3;
     const int length = config < 12 ? kSilk[config & 3] : config < 16 ? kSilk[config & 1] : kCelt[config & 3];
     const int code = packet.data[0] & 3;
-    return length * (code == 0 ? 1 : code == 3 ? packet.data[1] & 63 : 2);
+    return std::int64_t{length} * (code == 0 ? 1 : code == 3 ? packet.data[1] & 63 : 2);
 }
 
 /// Samples of an ADTS frame, in samples of @p rate, as its header says (ISO/IEC 14496-3, table 1.A.6); 0 for anything

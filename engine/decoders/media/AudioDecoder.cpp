@@ -219,6 +219,7 @@ unsigned int CAudioDecoder::GetSample(unsigned char* pBuffer)
     if (pBuffer == nullptr)
         return 0;
     DWORD size = std::numeric_limits<DWORD>::max();
+    // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): no block is larger, so the buffer is never replaced
     return GetSample(&pBuffer, size);
 }
 
