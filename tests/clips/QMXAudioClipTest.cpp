@@ -1,6 +1,7 @@
 #include "engine/clips/QMXAudioClip.h"
 
 #include "engine/clips/QMXVideoClip.h"
+#include "tests/decoders/NullReference.h"
 #include "tests/decoders/media/AudioDecoderFixture.h"
 #include "tests/model/AllocationFailure.h"
 
@@ -162,8 +163,7 @@ TYPED_TEST(ClipSoundTest, ResetClosesTheSound)
 
 TYPED_TEST(ClipSoundTest, NullRequestIsRefused)
 {
-    const tagRenderProp* const pNothing = nullptr;
-    EXPECT_FALSE(this->clip->OpenAudio(*pNothing));
+    EXPECT_FALSE(this->clip->OpenAudio(NullReference<const tagRenderProp>()));
 }
 
 // ---- reading -----------------------------------------------------------------------------------------------------
