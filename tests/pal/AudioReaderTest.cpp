@@ -7,6 +7,8 @@
 #include <mferror.h>
 #include <mfreadwrite.h>
 
+#include <unistd.h>
+
 #include <cmath>
 #include <cstring>
 #include <fstream>
@@ -24,9 +26,13 @@ protected:
     /// Opens a file with these bytes.
     HRESULT Open(const std::string& bytes, const std::string& name = "qmx_sound.wav")
     {
-        const std::string path = testing::TempDir() + name;
+        // Other tests may run at the same time in processes of their own.
+        const std::string path = testing::TempDir() + std::to_string(getpid()) + name;
         std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-        return MFCreateSourceReaderFromURL(std::wstring(path.begin(), path.end()).c_str(), nullptr, reader.Put());
+        const HRESULT hr =
+            MFCreateSourceReaderFromURL(std::wstring(path.begin(), path.end()).c_str(), nullptr, reader.Put());
+        unlink(path.c_str()); // an open file stays
+        return hr;
     }
     HRESULT Ask(const GUID& subtype, std::optional<UINT32> rate, std::optional<UINT32> channels)
     {
