@@ -11,7 +11,8 @@ target_link_libraries(qmx_libyuv INTERFACE ${LIBYUV_LIBRARY})
 # The system's own services: on Windows its libraries, elsewhere what the platform layer is built on.
 if(NOT WIN32)
   find_package(PkgConfig REQUIRED)
-  pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat>=59 libavcodec>=59 libavutil>=57 libswscale>=6)
+  pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat>=59 libavcodec>=59 libavutil>=57.24
+                    libswscale>=6 libswresample>=4)
 endif()
 
 if(QMX_BUILD_HOST)

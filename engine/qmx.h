@@ -6,6 +6,7 @@
 #pragma once
 
 #include "engine/clips/IQMXBaseClip.h"
+#include "engine/clips/QMXAudioClip.h"
 #include "engine/clips/QMXBaseClip.h"
 #include "engine/clips/QMXColorClip.h"
 #include "engine/clips/QMXTXClip.h"
@@ -14,6 +15,7 @@
 #include "engine/decoders/DecoderCache.h"
 #include "engine/decoders/DecoderProp.h"
 #include "engine/decoders/IDecoder.h"
+#include "engine/decoders/media/AudioDecoder.h"
 #include "engine/decoders/media/VideoDecoder.h"
 #include "engine/decoders/media/VideoInfo.h"
 #include "engine/model/ClipFactory.h"

@@ -1,5 +1,6 @@
 #include "host/CommandLine.h"
 
+#include "host/commands/AudioCommand.h"
 #include "host/commands/CheckEffectCommand.h"
 #include "host/commands/FrameCommand.h"
 #include "host/commands/HashCommand.h"
@@ -44,13 +45,14 @@ struct Options
     FrameOptions frame;
     SheetOptions sheet;
     HashOptions hash;
+    AudioOptions audio;
     InfoOptions info;
     CheckEffectOptions checkEffect;
 };
 
 CLI::App* AddRender(CLI::App& app, Options& options)
 {
-    CLI::App* const pCommand = app.add_subcommand("render", "Encode a project as a video (H.264 in MP4)");
+    CLI::App* const pCommand = app.add_subcommand("render", "Encode a project as a video (H.264 and AAC in MP4)");
     AddProject(*pCommand, options.render.project);
     AddOutput(*pCommand, options.render.output, "Video file to write, *.mp4");
     AddSpan(*pCommand, options.render.from, options.render.to);
@@ -101,6 +103,14 @@ CLI::App* AddHash(CLI::App& app, Options& options)
     return pCommand;
 }
 
+CLI::App* AddAudio(CLI::App& app, Options& options)
+{
+    CLI::App* const pCommand = app.add_subcommand("audio", "Write the sound of a project as a WAV file");
+    AddProject(*pCommand, options.audio.project);
+    AddOutput(*pCommand, options.audio.output, "Sound file to write, *.wav");
+    return pCommand;
+}
+
 CLI::App* AddInfo(CLI::App& app, Options& options)
 {
     CLI::App* const pCommand = app.add_subcommand("info", "Print facts of media files");
@@ -139,6 +149,7 @@ ExitCode RunCommandLine(int count, const char* const* arguments)
     const CLI::App* const pFrame = AddFrame(app, options);
     const CLI::App* const pSheet = AddSheet(app, options);
     const CLI::App* const pHash = AddHash(app, options);
+    const CLI::App* const pAudio = AddAudio(app, options);
     AddInfo(app, options);
     const CLI::App* const pCheckEffect = AddCheckEffect(app, options);
     try
@@ -166,6 +177,8 @@ ExitCode RunCommandLine(int count, const char* const* arguments)
         RunHash(options.hash);
     else if (pCheckEffect->parsed())
         return RunCheckEffect(options.checkEffect);
+    else if (pAudio->parsed())
+        RunAudio(options.audio);
     else
         return RunInfo(options.info);
     return ExitCode::Done;

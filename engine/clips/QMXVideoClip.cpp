@@ -24,7 +24,7 @@ bool CarriesAlpha(const std::wstring& path)
 }
 } // namespace
 
-CQMXVideoClip::CQMXVideoClip() : CQMXBaseClip(QMXClipType_Video), m_decoderProp(std::wstring(), 0) {}
+CQMXVideoClip::CQMXVideoClip() : CQMXSoundClip(QMXClipType_Video), m_decoderProp(std::wstring(), 0) {}
 
 CQMXVideoClip::~CQMXVideoClip()
 {

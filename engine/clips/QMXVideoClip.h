@@ -2,15 +2,15 @@
 /// A clip that shows a video file.
 #pragma once
 
-#include "engine/clips/QMXBaseClip.h"
+#include "engine/clips/QMXSoundClip.h"
 #include "engine/clips/TransparentColorInfo.h"
 #include "engine/decoders/DecoderProp.h"
 
 #include <cstdint>
 
 /// Shows a video file through a decoder of its own or one shared through the cache, or, while a clip is attached that
-/// has pictures, that clip's last frame.
-class QMX_API CQMXVideoClip : public CQMXBaseClip
+/// has pictures, that clip's last frame. Its sound is the file's.
+class QMX_API CQMXVideoClip : public CQMXSoundClip
 {
 public:
     CQMXVideoClip();

@@ -1,5 +1,6 @@
 #include "engine/model/ClipFactory.h"
 
+#include "engine/clips/QMXAudioClip.h"
 #include "engine/clips/QMXBaseClip.h"
 #include "engine/clips/QMXColorClip.h"
 #include "engine/clips/QMXTXClip.h"
@@ -50,7 +51,7 @@ void CopyOwnSettings(IQMXBaseClip& source, IQMXBaseClip& copy)
             CopyTransitionClips(*transitionSource, *transitionCopy);
         break;
     }
-    default: // a colour clip makes its picture itself
+    default: // a colour clip makes its picture itself, an audio clip has no settings of its own
         break;
     }
 }
@@ -64,6 +65,8 @@ IQMXBaseClip* CreateClipByClipType(QMXClipType type)
         return new (std::nothrow) CQMXBaseClip(type);
     case QMXClipType_Video:
         return new (std::nothrow) CQMXVideoClip;
+    case QMXClipType_Audio:
+        return new (std::nothrow) CQMXAudioClip;
     case QMXClipType_Color:
         return new (std::nothrow) CQMXColorClip;
     case QMXClipType_Transition:

@@ -9,27 +9,89 @@
 
 #include <nlohmann/json.hpp>
 
+#include <optional>
+
 namespace qmx::host
 {
 namespace
 {
-std::string TextOf(const std::string& file, const tagVideoInfo& info)
+std::string TextOf(const tagVideoInfo& info)
 {
-    return file + ": " + std::to_string(info.nWidth) + " x " + std::to_string(info.nHeight) + ", " +
+    return std::to_string(info.nWidth) + " x " + std::to_string(info.nHeight) + ", " +
            std::to_string(info.nFrameRateNum) + '/' + std::to_string(info.nFrameRateDen) + " frames/s, rotation " +
            std::to_string(info.nRotation) + ", pixel aspect " + std::to_string(info.nPixelAspectX) + ':' +
            std::to_string(info.nPixelAspectY) + ", " + NumberText(info.dDuration) + " s";
 }
 
-nlohmann::ordered_json JsonOf(const std::string& file, const tagVideoInfo& info)
+std::string TextOf(const SoundFacts& sound)
 {
-    return {{"file", file},
-            {"width", info.nWidth},
+    std::string text = "sound " + std::to_string(sound.rate) + " Hz, " + std::to_string(sound.channels) +
+                       (sound.channels == 1 ? " channel" : " channels");
+    if (sound.bits != 0)
+        text += ", " + std::to_string(sound.bits) + " bits";
+    return text;
+}
+
+nlohmann::ordered_json JsonOf(const tagVideoInfo& info)
+{
+    return {{"width", info.nWidth},
             {"height", info.nHeight},
             {"rotation", info.nRotation},
             {"frameRate", {{"num", info.nFrameRateNum}, {"den", info.nFrameRateDen}}},
             {"pixelAspect", {{"x", info.nPixelAspectX}, {"y", info.nPixelAspectY}}},
             {"duration", info.dDuration}};
+}
+
+nlohmann::ordered_json JsonOf(const SoundFacts& sound)
+{
+    nlohmann::ordered_json json{{"rate", sound.rate}, {"channels", sound.channels}};
+    if (sound.bits != 0)
+        json["bits"] = sound.bits;
+    return json;
+}
+
+/// What is known of one file.
+struct FileFacts
+{
+    std::optional<tagVideoInfo> video;
+    std::optional<SoundFacts> sound;
+
+    std::string Text(const std::string& file) const
+    {
+        if (!video)
+            return file + ": " + TextOf(*sound) + ", " + NumberText(sound->duration) + " s";
+        return file + ": " + TextOf(*video) + (sound ? ", " + TextOf(*sound) : "");
+    }
+    nlohmann::ordered_json Json(const std::string& file) const
+    {
+        nlohmann::ordered_json json{{"file", file}};
+        if (video)
+            json.update(JsonOf(*video));
+        else
+            json["duration"] = sound->duration;
+        if (sound)
+            json["audio"] = JsonOf(*sound);
+        return json;
+    }
+};
+
+/// @throw HostError  ExitCode::Media: neither pictures nor sound that can be read
+FileFacts FactsOf(MediaProbe& probe, const std::string& file)
+{
+    FileFacts facts;
+    try
+    {
+        facts.video = probe.Video(file, file, "");
+    }
+    catch (const HostError& error)
+    {
+        // A file of sound is as good as one of pictures; for anything else what was said first is what counts.
+        if (error.Code() != ExitCode::Media || !probe.HasSound(file))
+            throw;
+    }
+    if (probe.HasSound(file))
+        facts.sound = probe.NeedSound(file, file, "");
+    return facts;
 }
 } // namespace
 
@@ -44,11 +106,11 @@ ExitCode RunInfo(const InfoOptions& options)
         ThrowIfInterrupted();
         try
         {
-            const tagVideoInfo& info = probe.Video(file, file, "");
+            const FileFacts facts = FactsOf(probe, file);
             if (options.json)
-                list.push_back(JsonOf(file, info));
+                list.push_back(facts.Json(file));
             else
-                PrintLine(TextOf(file, info));
+                PrintLine(facts.Text(file));
         }
         catch (const HostError& error)
         {

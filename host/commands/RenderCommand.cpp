@@ -7,9 +7,12 @@
 #include "host/output/OutputFile.h"
 #include "host/output/VideoEncoder.h"
 #include "host/project/ProjectReader.h"
+#include "host/sound/SoundMixer.h"
+#include "host/sound/SoundTime.h"
 #include "host/system/Interrupt.h"
 
 #include <string>
+#include <vector>
 
 namespace qmx::host
 {
@@ -40,8 +43,13 @@ void RunRender(const RenderOptions& options)
     const FrameSpan span = SpanBetween(project, options.from, options.to);
 
     ProjectPlayer player(project);
-    VideoEncoder encoder(options.output,
-                         {project.width, project.height, project.frameRate, options.crf, options.preset});
+    MediaProbe probe;
+    SoundMixer mixer(project, probe);
+    VideoEncoder encoder(options.output, {project.width, project.height, project.frameRate, options.crf, options.preset,
+                                          mixer.HasSound()});
+    std::uint64_t nextSample = SampleAtTime(project.frameRate.TimeOfFrame(span.first));
+    mixer.Start(nextSample);
+    std::vector<float> samples;
     Progress progress(options.progress, span.end - span.first);
     const auto compose = [&](std::uint64_t frame, Canvas& canvas)
     {
@@ -51,6 +59,15 @@ void RunRender(const RenderOptions& options)
     const auto encode = [&](std::uint64_t frame, const Canvas& canvas)
     {
         encoder.Write(canvas);
+        if (mixer.HasSound())
+        {
+            const std::uint64_t end = SampleAtTime(project.frameRate.TimeOfFrame(frame + 1));
+            const auto count = static_cast<std::size_t>(end - nextSample);
+            samples.resize(count * kSoundChannels);
+            mixer.Read(samples.data(), count);
+            encoder.WriteSound(samples.data(), count);
+            nextSample = end;
+        }
         progress.Report(frame + 1 - span.first);
     };
     FramePipeline(project.width, project.height, kFramesUnderWay).Run(span.first, span.end, compose, encode);

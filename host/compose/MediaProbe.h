@@ -4,12 +4,23 @@
 
 #include "engine/qmx.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 
 namespace qmx::host
 {
+/// The sound of a file.
+struct SoundFacts
+{
+    std::uint32_t rate = 0;     ///< samples per second, as stored
+    std::uint32_t channels = 0; ///< as stored
+    std::uint32_t bits = 0;     ///< of a sample; 0 where the coding has none
+    double duration = 0;        ///< seconds, of the whole file; 0 when it does not say
+};
+
 /// Finds out about each file once. Needs running media services (EngineSession).
 class MediaProbe
 {
@@ -19,8 +30,18 @@ public:
     /// @return facts that stay in place as long as the probe does
     /// @throw HostError  ExitCode::Media: no such file, no right to read it, no video in it that can be read
     const tagVideoInfo& Video(const std::filesystem::path& path, const std::string& subject, const std::string& prefix);
+    /// The same for sound. @return nothing when the file has none that can be read
+    /// @throw HostError  ExitCode::Media: no such file, no right to read it, no media file
+    const std::optional<SoundFacts>& Sound(const std::filesystem::path& path, const std::string& subject,
+                                           const std::string& prefix);
+    /// @throw HostError  ExitCode::Media also when there is no sound
+    const SoundFacts& NeedSound(const std::filesystem::path& path, const std::string& subject,
+                                const std::string& prefix);
+    /// True for a file with sound that can be read. Never throws HostError.
+    bool HasSound(const std::filesystem::path& path);
 
 private:
     std::map<std::filesystem::path, tagVideoInfo> m_known;
+    std::map<std::filesystem::path, std::optional<SoundFacts>> m_sounds;
 };
 } // namespace qmx::host

@@ -14,6 +14,19 @@ namespace qmx::host
 {
 namespace
 {
+QMXClipType TypeOf(ClipKind kind)
+{
+    switch (kind)
+    {
+    case ClipKind::Video:
+        return QMXClipType_Video;
+    case ClipKind::Audio:
+        return QMXClipType_Audio;
+    default:
+        return QMXClipType_Color;
+    }
+}
+
 ClipPlayer::Source SourceOf(const tagVideoInfo& info, const ProjectClip& clip)
 {
     ClipPlayer::Source source;
@@ -64,6 +77,8 @@ TrackPlayer::TrackPlayer(IQMXDocument& document, MediaProbe& probe, const Projec
     {
         if (clip.kind == ClipKind::Video)
             AddVideo(probe, clip);
+        else if (clip.kind == ClipKind::Audio)
+            AddAudio(probe, clip);
         else
             AddColor(clip);
     }
@@ -81,6 +96,8 @@ std::optional<PlacedPicture> TrackPlayer::PictureAt(std::uint64_t time)
     if (after == clips.begin() || time >= std::prev(after)->End())
         return std::nullopt;
     const auto index = static_cast<std::size_t>(after - clips.begin()) - 1;
+    if (clips[index].kind == ClipKind::Audio)
+        return std::nullopt;
     m_firstOpen = std::min(m_firstOpen, index);
     PlacedPicture placed{m_clips[index].PictureAt(time), {}};
     if (placed.pPicture)
@@ -99,8 +116,7 @@ void TrackPlayer::Advance(std::uint64_t time)
 
 IQMXBaseClip& TrackPlayer::AddClip(const ProjectClip& clip)
 {
-    const QMXClipType type = clip.kind == ClipKind::Video ? QMXClipType_Video : QMXClipType_Color;
-    std::unique_ptr<IQMXBaseClip> pClip(CreateClipByClipType(type));
+    std::unique_ptr<IQMXBaseClip> pClip(CreateClipByClipType(TypeOf(clip.kind)));
     if (!pClip)
         throw std::bad_alloc();
     pClip->SetStartTime(clip.start);
@@ -132,6 +148,15 @@ void TrackPlayer::AddVideo(MediaProbe& probe, const ProjectClip& clip)
     pVideo->SetRotation(clip.rotation);
     pVideo->SetFrameRate(source.frameRate);
     m_clips.emplace_back(*m_pTrack, static_cast<int>(m_clips.size()), size->width, size->height, source);
+}
+
+/// A clip that is heard only; the sound mixer plays it.
+void TrackPlayer::AddAudio(MediaProbe& probe, const ProjectClip& clip)
+{
+    const std::string prefix = clip.place + ".path: " + clip.path.string() + ": ";
+    probe.NeedSound(clip.path, m_project.file.string(), prefix);
+    AddClip(clip);
+    m_clips.emplace_back(*m_pTrack, static_cast<int>(m_clips.size()), 0, 0);
 }
 
 void TrackPlayer::AddColor(const ProjectClip& clip)

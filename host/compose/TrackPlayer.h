@@ -33,7 +33,7 @@ public:
     /// @throw HostError  ExitCode::Media or ExitCode::Project, naming the place in the project
     TrackPlayer(IQMXDocument& document, MediaProbe& probe, const Project& project, const ProjectTrack& track);
 
-    /// @return nothing where the track has no clip
+    /// @return nothing where the track has no clip, or one that is only heard
     /// @throw HostError  ExitCode::Media when the clip has no picture at all
     std::optional<PlacedPicture> PictureAt(std::uint64_t time);
     /// Gives back what times from @p time on do not need.
@@ -42,6 +42,7 @@ public:
 private:
     IQMXBaseClip& AddClip(const ProjectClip& clip);
     void AddVideo(MediaProbe& probe, const ProjectClip& clip);
+    void AddAudio(MediaProbe& probe, const ProjectClip& clip);
     void AddColor(const ProjectClip& clip);
 
     const Project& m_project;

@@ -16,5 +16,6 @@ VideoEncoder::VideoEncoder(const std::filesystem::path& target, const EncoderSet
 
 VideoEncoder::~VideoEncoder() = default;
 void VideoEncoder::Write(const Canvas& /*canvas*/) {}
+void VideoEncoder::WriteSound(const float* /*pSamples*/, std::size_t /*count*/) {}
 void VideoEncoder::Finish() {}
 } // namespace qmx::host

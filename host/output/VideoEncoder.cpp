@@ -1,20 +1,18 @@
 #include "host/output/VideoEncoder.h"
 
 #include "host/HostError.h"
+#include "host/output/AacStream.h"
+#include "host/output/LibraryObjects.h"
+#include "host/sound/SoundTime.h"
 
 extern "C"
 {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
-#include <libavutil/error.h>
 #include <libavutil/log.h>
 #include <libavutil/opt.h>
 #include <libswscale/swscale.h>
 }
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
 
 namespace qmx::host
 {
@@ -28,39 +26,21 @@ struct FormatCloser
         avformat_free_context(p);
     }
 };
-struct CodecCloser
-{
-    void operator()(AVCodecContext* p) const { avcodec_free_context(&p); }
-};
-struct FrameCloser
-{
-    void operator()(AVFrame* p) const { av_frame_free(&p); }
-};
-struct PacketCloser
-{
-    void operator()(AVPacket* p) const { av_packet_free(&p); }
-};
 struct ScalerCloser
 {
     void operator()(SwsContext* p) const { sws_freeContext(p); }
 };
-
-template <class T> T* NeedMemory(T* p)
-{
-    if (!p)
-        throw std::bad_alloc();
-    return p;
-}
 } // namespace
 
 struct VideoEncoder::State
 {
     std::unique_ptr<AVFormatContext, FormatCloser> pFormat;
-    std::unique_ptr<AVCodecContext, CodecCloser> pCodec;
-    std::unique_ptr<AVFrame, FrameCloser> pFrame;
-    std::unique_ptr<AVPacket, PacketCloser> pPacket;
+    CodecPtr pCodec;
+    FramePtr pFrame;
+    PacketPtr pPacket;
     std::unique_ptr<SwsContext, ScalerCloser> pConverter;
-    AVStream* pStream = nullptr; // owned by the format context
+    std::unique_ptr<AacStream> pSound; // null without sound
+    AVStream* pStream = nullptr;       // owned by the format context
     std::int64_t nextFrame = 0;
 
     void OpenCodec(const OutputFile& output, const EncoderSettings& settings);
@@ -68,19 +48,7 @@ struct VideoEncoder::State
     void OpenFile(const OutputFile& output, const EncoderSettings& settings);
     void Encode(const OutputFile& output, const AVFrame* pFrame);
 
-    /// Throws where @p result, a result of the library, is an error.
-    static int Check(const OutputFile& output, int result)
-    {
-        if (result == AVERROR(ENOMEM))
-            throw std::bad_alloc();
-        if (result < 0)
-        {
-            std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
-            av_strerror(result, text.data(), text.size());
-            output.Fail(std::string("cannot be written: ") + text.data());
-        }
-        return result;
-    }
+    static int Check(const OutputFile& output, int result) { return CheckLibrary(output, result); }
 };
 
 void VideoEncoder::State::OpenCodec(const OutputFile& output, const EncoderSettings& settings)
@@ -149,6 +117,12 @@ void VideoEncoder::State::OpenFile(const OutputFile& output, const EncoderSettin
     const std::uint32_t scale = settings.frameRate.Numerator();
     Check(output, av_opt_set_int(pContext->priv_data, "video_track_timescale",
                                  scale * std::max<std::int64_t>(1, (10'000 + scale - 1) / scale), 0));
+    if (settings.hasSound)
+    {
+        pSound = std::make_unique<AacStream>(*pContext, output);
+        // The list of edits counts by this clock; a coarser one would cut the sound off before or after its end.
+        Check(output, av_opt_set_int(pContext->priv_data, "movie_timescale", kSoundRate, 0));
+    }
     Check(output, avformat_write_header(pContext, nullptr));
 }
 
@@ -194,10 +168,18 @@ void VideoEncoder::Write(const Canvas& canvas)
     s.Encode(m_output, s.pFrame.get());
 }
 
+void VideoEncoder::WriteSound(const float* pSamples, std::size_t count)
+{
+    if (m_pState->pSound)
+        m_pState->pSound->Write(pSamples, count);
+}
+
 void VideoEncoder::Finish()
 {
     State& s = *m_pState;
     s.Encode(m_output, nullptr);
+    if (s.pSound)
+        s.pSound->Finish();
     State::Check(m_output, av_write_trailer(s.pFormat.get()));
     State::Check(m_output, avio_closep(&s.pFormat->pb));
     m_pState.reset();

@@ -1,11 +1,12 @@
 /// @file VideoEncoder.h
-/// H.264 in an MP4 file.
+/// H.264, and AAC beside it, in an MP4 file.
 #pragma once
 
 #include "host/compose/Canvas.h"
 #include "host/output/OutputFile.h"
 #include "host/project/FrameRate.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -20,6 +21,7 @@ struct EncoderSettings
     FrameRate frameRate;             ///< also the time base, so that time stamps are exact
     int crf = 20;                    ///< constant quality: 0 lossless … 51 worst
     std::string preset = "veryfast"; ///< of x264
+    bool hasSound = false;           ///< a stream of sound beside the pictures
 };
 
 /// Encodes canvases, one after the other, as BT.709 limited-range 4:2:0 and says so in the stream. The index goes to
@@ -37,6 +39,10 @@ public:
     /// Takes the next frame. @param canvas  of the stated size; free again when the call returns
     /// @throw HostError  ExitCode::Output
     void Write(const Canvas& canvas);
+    /// Takes the next @p count samples of sound, 48 kHz, left and right of each, between -1 and 1. Pictures and sound
+    /// come in step: each frame before the sound that is heard while it is shown. Only with EncoderSettings::hasSound.
+    /// @throw HostError  ExitCode::Output
+    void WriteSound(const float* pSamples, std::size_t count);
     /// Writes what is still under way and gives the file its name.
     /// @throw HostError  ExitCode::Output
     void Finish();

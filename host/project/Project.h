@@ -13,11 +13,13 @@
 namespace qmx::host
 {
 inline constexpr std::uint32_t kMaxCanvasSide = 16'384; ///< pixels, each way
+inline constexpr double kMaxVolume = 16;
 
 enum class ClipKind
 {
     Video,
-    Color
+    Color,
+    Audio
 };
 
 struct ProjectClip
@@ -30,6 +32,8 @@ struct ProjectClip
     std::filesystem::path path;         ///< of the media, already joined to the project file's folder
     std::uint32_t rotation = 0;         ///< degrees clockwise: 0, 90, 180 or 270
     std::optional<FrameRate> frameRate; ///< when absent, that of the media
+    double volume = 1;                  ///< factor of the clip's sound, 0 to kMaxVolume
+    bool mute = false;
 
     std::uint64_t End() const { return start + duration; }
 };
@@ -48,6 +52,8 @@ struct ProjectTrack
     std::string place; ///< "tracks[1]"
     std::uint64_t id = 0;
     BoxFractions box;
+    double volume = 1; ///< factor of the sound of all its clips, 0 to kMaxVolume
+    bool mute = false;
     std::vector<ProjectClip> clips; ///< by start time, without overlaps
 };
 

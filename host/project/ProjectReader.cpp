@@ -20,8 +20,8 @@ namespace
 using Kind = JsonValue::Kind;
 
 constexpr double kMaxFraction = 16; // of the canvas, for boxes and their corners
-constexpr std::array kLaterKinds{"camera", "audio", "image", "title", "transition", "keystroke"};
-constexpr std::array kLaterFields{"volume", "mute", "key"};
+constexpr std::array kLaterKinds{"camera", "image", "title", "transition", "keystroke"};
+constexpr std::array kLaterFields{"key"};
 
 std::string Quoted(std::string_view text)
 {
@@ -107,6 +107,24 @@ public:
             Fail(name, "must lie between -16 and 16");
         return value;
     }
+    double Volume(std::string_view name)
+    {
+        const JsonValue* const pField = Find(name, Kind::Number);
+        if (!pField)
+            return 1;
+        double value = 0;
+        const auto [at, error] = std::from_chars(pField->text.data(), pField->text.data() + pField->text.size(), value);
+        if (error == std::errc::result_out_of_range)
+            value = 0; // a denormal; too large ones do not come through the parser
+        if (!(value >= 0 && value <= kMaxVolume))
+            Fail(name, "must lie between 0 and 16");
+        return value;
+    }
+    bool Flag(std::string_view name)
+    {
+        const JsonValue* const pField = Find(name, Kind::Boolean);
+        return pField && pField->boolean;
+    }
     std::optional<FrameRate> Rate(std::string_view name)
     {
         const JsonValue* const pField = FindAny(name);
@@ -143,18 +161,26 @@ ClipKind ReadKind(ObjectReader& reader)
         return ClipKind::Video;
     if (kind == "color")
         return ClipKind::Color;
+    if (kind == "audio")
+        return ClipKind::Audio;
     if (std::find(kLaterKinds.begin(), kLaterKinds.end(), kind) != kLaterKinds.end())
         reader.Fail("type", "clips of the kind " + Quoted(kind) + " are not supported yet");
-    reader.Fail("type", "unknown kind " + Quoted(kind) + ", the known ones are \"video\" and \"color\"");
+    reader.Fail("type", "unknown kind " + Quoted(kind) + ", the known ones are \"video\", \"color\" and \"audio\"");
 }
 
-void ReadVideoFields(ObjectReader& reader, ProjectClip& clip, const std::filesystem::path& folder)
+void ReadMediaFields(ObjectReader& reader, ProjectClip& clip, const std::filesystem::path& folder)
 {
     const std::string& path = reader.Need("path", Kind::Text).text;
     if (path.empty() || path.find('\0') != std::string::npos)
         reader.Fail("path", "must name a file");
     clip.path = folder / path;
     clip.inPoint = reader.Time("inPoint", reader.Find("inPoint", Kind::Number));
+    clip.volume = reader.Volume("volume");
+    clip.mute = reader.Flag("mute");
+}
+
+void ReadVideoFields(ObjectReader& reader, ProjectClip& clip)
+{
     if (const JsonValue* const pRotation = reader.Find("rotation", Kind::Number))
     {
         clip.rotation = static_cast<std::uint32_t>(reader.Whole("rotation", *pRotation, 0, 270));
@@ -188,8 +214,10 @@ ProjectClip ReadClip(const JsonValue& value, std::string place, const std::files
     if (end <= clip.start)
         reader.Fail("duration", "must be greater than 0");
     clip.duration = end - clip.start;
+    if (clip.kind != ClipKind::Color)
+        ReadMediaFields(reader, clip, folder);
     if (clip.kind == ClipKind::Video)
-        ReadVideoFields(reader, clip, folder);
+        ReadVideoFields(reader, clip);
     reader.Finish();
     return clip;
 }
@@ -231,6 +259,8 @@ ProjectTrack ReadTrack(const JsonValue& value, std::string place, const std::fil
     track.id = reader.Whole("id", reader.Need("id", Kind::Number), 0, UINT64_MAX);
     if (const JsonValue* const pBox = reader.FindAny("position"))
         track.box = ReadBox(*pBox, reader.PlaceOf("position"));
+    track.volume = reader.Volume("volume");
+    track.mute = reader.Flag("mute");
     const std::vector<JsonValue>& clips = reader.Need("clips", Kind::Array).items;
     track.clips.reserve(clips.size());
     for (std::size_t i = 0; i < clips.size(); ++i)

@@ -53,6 +53,23 @@ inline constexpr GUID MFVideoFormat_MJPG = PalMediaSubtype(PalFourCC('M', 'J', '
 inline constexpr GUID MFVideoFormat_VP80 = PalMediaSubtype(PalFourCC('V', 'P', '8', '0'));
 inline constexpr GUID MFVideoFormat_VP90 = PalMediaSubtype(PalFourCC('V', 'P', '9', '0'));
 inline constexpr GUID MFVideoFormat_AV1 = PalMediaSubtype(PalFourCC('A', 'V', '0', '1'));
+inline constexpr GUID MFAudioFormat_PCM = PalMediaSubtype(1);   ///< whole numbers; 8 bits unsigned, more bits signed
+inline constexpr GUID MFAudioFormat_Float = PalMediaSubtype(3); ///< 32-bit floating point, full scale is 1
+inline constexpr GUID MFAudioFormat_MPEG = PalMediaSubtype(0x50);
+inline constexpr GUID MFAudioFormat_MP3 = PalMediaSubtype(0x55);
+inline constexpr GUID MFAudioFormat_WMAudioV8 = PalMediaSubtype(0x161); ///< Windows Media Audio 1 and 2
+inline constexpr GUID MFAudioFormat_WMAudioV9 = PalMediaSubtype(0x162);
+inline constexpr GUID MFAudioFormat_WMAudio_Lossless = PalMediaSubtype(0x163);
+inline constexpr GUID MFAudioFormat_AAC = PalMediaSubtype(0x1610);
+inline constexpr GUID MFAudioFormat_ALAC = PalMediaSubtype(0x6C61);
+inline constexpr GUID MFAudioFormat_Opus = PalMediaSubtype(0x704F);
+inline constexpr GUID MFAudioFormat_FLAC = PalMediaSubtype(0xF1AC);
+inline constexpr GUID MFAudioFormat_Dolby_AC3{
+    0xE06D802CU, 0xDB46, 0x11CF, {0xB4, 0xD1, 0x00, 0x80, 0x5F, 0x6C, 0xBB, 0xEA}};
+inline constexpr GUID MFAudioFormat_Dolby_DDPlus{
+    0xA7FB87AFU, 0x2D02, 0x42FB, {0xA4, 0xD4, 0x05, 0xCD, 0x93, 0x84, 0x3B, 0xDD}};
+inline constexpr GUID MFAudioFormat_Vorbis{
+    0x8D2FD10BU, 0x5841, 0x4A6B, {0x89, 0x05, 0x58, 0x8F, 0xEC, 0x1A, 0xDE, 0xD9}};
 
 // ---- media type attributes -----------------------------------------------------------------------------------
 
@@ -74,6 +91,20 @@ inline constexpr GUID MF_MT_VIDEO_ROTATION{
 inline constexpr GUID MF_MT_VIDEO_NOMINAL_RANGE{
     0xC21B8EE5U, 0xB956, 0x4071, {0x8D, 0xAF, 0x32, 0x5E, 0xDF, 0x5C, 0xAB, 0x11}};
 inline constexpr GUID MF_MT_YUV_MATRIX{0x3E23D450U, 0x2C75, 0x4D25, {0xA0, 0x0E, 0xB9, 0x16, 0x70, 0xD1, 0x23, 0x27}};
+inline constexpr GUID MF_MT_AUDIO_NUM_CHANNELS{
+    0x37E48BF5U, 0x645E, 0x4C5B, {0x89, 0xDE, 0xAD, 0xA9, 0xE2, 0x9B, 0x69, 0x6A}};
+inline constexpr GUID MF_MT_AUDIO_SAMPLES_PER_SECOND{
+    0x5FAEEAE7U, 0x0290, 0x4C31, {0x9E, 0x8A, 0xC5, 0x34, 0xF6, 0x8D, 0x9D, 0xBA}};
+inline constexpr GUID MF_MT_AUDIO_AVG_BYTES_PER_SECOND{
+    0x1AAB75C8U, 0xCFEF, 0x451C, {0xAB, 0x95, 0xAC, 0x03, 0x4B, 0x8E, 0x17, 0x31}};
+/// UINT32: bytes of one sample of all channels.
+inline constexpr GUID MF_MT_AUDIO_BLOCK_ALIGNMENT{
+    0x322DE230U, 0x9EEB, 0x43BD, {0xAB, 0x7A, 0xFF, 0x41, 0x22, 0x51, 0x54, 0x1D}};
+inline constexpr GUID MF_MT_AUDIO_BITS_PER_SAMPLE{
+    0xF2DEB57FU, 0x40FA, 0x4764, {0xAA, 0x33, 0xED, 0x4F, 0x2D, 0x1F, 0xF6, 0x69}};
+/// UINT32: a bit for each speaker; 1 front left, 2 front right, 4 front centre, 8 low frequency, ...
+inline constexpr GUID MF_MT_AUDIO_CHANNEL_MASK{
+    0x55FB5765U, 0x644A, 0x4CAF, {0x84, 0x79, 0x93, 0x89, 0x83, 0xBB, 0x15, 0x88}};
 
 enum MFVideoInterlaceMode
 {

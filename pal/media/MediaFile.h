@@ -26,6 +26,8 @@ public:
     std::int64_t GetStart(AVRational timeBase) const;
     /// Length in 100 ns; 0 when the container does not tell.
     std::uint64_t GetDuration() const;
+    /// True when that length was reckoned from the size of the file and its bit rate.
+    bool IsDurationGuessed() const { return m_pFormat->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE; }
 
 private:
     AvFormatPtr m_pFormat;

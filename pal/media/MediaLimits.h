@@ -22,4 +22,11 @@ inline constexpr std::size_t kMaxQueuePackets = 5'000;
 inline constexpr std::int64_t kMaxProbeBytes = 64'000'000;
 inline constexpr std::size_t kMaxProbePackets = 40'000;
 inline constexpr int kMaxDecodeThreads = 8;
+/// Samples per second and channels of a sound stream.
+inline constexpr int kMaxAudioRate = 1'536'000;
+inline constexpr int kMaxAudioChannels = 64;
+/// Places kept of a sound stream without a table of its packets; a longer one keeps every second, fourth, ... place.
+inline constexpr std::size_t kMaxAudioPlaces = 65'536;
+/// Silence that stands for sound which is missing in a stream of unknown length, seconds.
+inline constexpr int kMaxSilentGap = 10;
 } // namespace pal

@@ -30,7 +30,10 @@ template <class Step> HRESULT Guarded(Step&& step)
 }
 } // namespace
 
-SourceReader::SourceReader(std::unique_ptr<MediaFile> pFile) : m_pFile(std::move(pFile)) {}
+SourceReader::SourceReader(std::unique_ptr<MediaFile> pFile)
+    : m_pFile(std::move(pFile)), m_audioSelected(m_pFile->FindStream(AVMEDIA_TYPE_VIDEO) == nullptr)
+{
+}
 
 SourceReader::~SourceReader()
 {
@@ -53,9 +56,27 @@ HRESULT SourceReader::GetVideo(DWORD streamIndex, VideoSource** ppSource)
     AVStream* const pStream = ResolveStream(streamIndex);
     if (pStream == nullptr || pStream != m_pFile->FindStream(AVMEDIA_TYPE_VIDEO))
         return MF_E_INVALIDSTREAMNUMBER;
+    if (m_pAudio)
+        return MF_E_INVALIDREQUEST;
     if (!m_pVideo)
         m_pVideo = std::make_unique<VideoSource>(*m_pFile, *pStream);
     *ppSource = m_pVideo.get();
+    return S_OK;
+}
+
+bool SourceReader::IsAudio(DWORD streamIndex) const
+{
+    const AVStream* const pStream = ResolveStream(streamIndex);
+    return pStream != nullptr && pStream == m_pFile->FindStream(AVMEDIA_TYPE_AUDIO);
+}
+
+HRESULT SourceReader::GetAudio(AudioSource** ppSource)
+{
+    if (m_pVideo)
+        return MF_E_INVALIDREQUEST;
+    if (!m_pAudio)
+        m_pAudio = std::make_unique<AudioSource>(*m_pFile, *m_pFile->FindStream(AVMEDIA_TYPE_AUDIO));
+    *ppSource = m_pAudio.get();
     return S_OK;
 }
 
@@ -99,6 +120,8 @@ HRESULT SourceReader::GetNativeMediaType(DWORD streamIndex, DWORD typeIndex, IMF
     return Guarded(
         [&]
         {
+            if (IsAudio(streamIndex))
+                return typeIndex == 0 ? CreateNativeAudioType(*ResolveStream(streamIndex), ppType) : MF_E_NO_MORE_TYPES;
             VideoSource* pVideo = nullptr;
             const HRESULT hr = GetVideo(streamIndex, &pVideo);
             if (FAILED(hr))
@@ -114,7 +137,9 @@ HRESULT SourceReader::GetCurrentMediaType(DWORD streamIndex, IMFMediaType** ppTy
     if (ppType == nullptr)
         return E_POINTER;
     *ppType = nullptr;
-    if (m_pCurrentType == nullptr)
+    if (IsAudio(streamIndex) && m_pAudio && m_pAudio->IsReady())
+        return CreateOutputAudioType(m_pAudio->GetOutput(), ppType);
+    if (m_pCurrentType == nullptr || IsAudio(streamIndex))
         return GetNativeMediaType(streamIndex, 0, ppType);
     if (ResolveStream(streamIndex) != m_pFile->FindStream(AVMEDIA_TYPE_VIDEO))
         return MF_E_INVALIDSTREAMNUMBER;
@@ -124,6 +149,16 @@ HRESULT SourceReader::GetCurrentMediaType(DWORD streamIndex, IMFMediaType** ppTy
     return hr;
 }
 
+HRESULT SourceReader::SetAudioType(IMFMediaType* pType)
+{
+    AudioRequest request;
+    AudioSource* pAudio = nullptr;
+    HRESULT hr = ParseAudioType(pType, &request);
+    if (SUCCEEDED(hr))
+        hr = GetAudio(&pAudio);
+    return SUCCEEDED(hr) ? pAudio->SetRequest(request) : hr;
+}
+
 HRESULT SourceReader::SetCurrentMediaType(DWORD streamIndex, DWORD*, IMFMediaType* pType)
 {
     if (pType == nullptr)
@@ -131,6 +166,8 @@ HRESULT SourceReader::SetCurrentMediaType(DWORD streamIndex, DWORD*, IMFMediaTyp
     return Guarded(
         [&]
         {
+            if (IsAudio(streamIndex))
+                return SetAudioType(pType);
             VideoSource* pVideo = nullptr;
             HRESULT hr = GetVideo(streamIndex, &pVideo);
             PictureFormat format;
@@ -163,14 +200,17 @@ HRESULT SourceReader::SetCurrentPosition(REFGUID timeFormat, const PROPVARIANT& 
 {
     if (timeFormat != GUID_NULL || position.vt != VT_I8)
         return E_INVALIDARG;
-    if (!m_pVideo)
-        return S_OK; // the reader stands at the start as long as no stream is set up
     // A negative position is no place in the presentation: like one past its end it leads to the end of the stream.
-    if (position.hVal.QuadPart < 0)
+    const LONGLONG time = position.hVal.QuadPart;
+    if (m_pVideo && time < 0)
         m_pVideo->SeekToEnd();
-    else
-        m_pVideo->Seek(position.hVal.QuadPart);
-    return S_OK;
+    else if (m_pVideo)
+        m_pVideo->Seek(time);
+    else if (m_pAudio && m_pAudio->IsReady() && time < 0)
+        m_pAudio->SeekToEnd();
+    else if (m_pAudio && m_pAudio->IsReady())
+        m_pAudio->Seek(time);
+    return S_OK; // the reader stands at the start as long as no stream is set up
 }
 
 HRESULT SourceReader::MakeSample(const VideoSource::Picture& picture, IMFSample** ppSample)
@@ -196,43 +236,53 @@ HRESULT SourceReader::MakeSample(const VideoSource::Picture& picture, IMFSample*
     return hr;
 }
 
+HRESULT SourceReader::ReadVideo(DWORD* pFlags, LONGLONG* pTime, IMFSample** ppSample)
+{
+    const VideoSource::Picture picture = m_pVideo->Read();
+    if (!picture.pFrame)
+    {
+        *pFlags = MF_SOURCE_READERF_ENDOFSTREAM;
+        return S_OK;
+    }
+    *pTime = m_pVideo->GetGrid().TimeOf(picture.index);
+    return MakeSample(picture, ppSample);
+}
+
 HRESULT SourceReader::ReadSample(DWORD streamIndex, DWORD controlFlags, DWORD* pActualStreamIndex, DWORD* pStreamFlags,
                                  LONGLONG* pTimestamp, IMFSample** ppSample)
 {
     if (ppSample == nullptr)
         return E_POINTER;
     *ppSample = nullptr;
+    DWORD flags = 0;
+    LONGLONG time = 0;
     if (pStreamFlags != nullptr)
         *pStreamFlags = 0;
     if (pTimestamp != nullptr)
         *pTimestamp = 0;
     if (controlFlags != 0)
         return E_INVALIDARG;
-    const DWORD stream =
-        streamIndex == MF_SOURCE_READER_ANY_STREAM ? DWORD{MF_SOURCE_READER_FIRST_VIDEO_STREAM} : streamIndex;
+    const DWORD stream = streamIndex != MF_SOURCE_READER_ANY_STREAM ? streamIndex
+                         : m_pAudio                                 ? DWORD{MF_SOURCE_READER_FIRST_AUDIO_STREAM}
+                                                                    : DWORD{MF_SOURCE_READER_FIRST_VIDEO_STREAM};
     const AVStream* const pStream = ResolveStream(stream);
     if (pStream == nullptr)
         return MF_E_INVALIDSTREAMNUMBER;
-    if (!m_videoSelected || !m_pVideo || !m_pConverter || pStream != m_pFile->FindStream(AVMEDIA_TYPE_VIDEO))
+    const bool isAudio = IsAudio(stream);
+    const bool isVideo = pStream == m_pFile->FindStream(AVMEDIA_TYPE_VIDEO);
+    if (!(isAudio && m_audioSelected && m_pAudio && m_pAudio->IsReady()) &&
+        !(isVideo && m_videoSelected && m_pVideo && m_pConverter))
         return MF_E_INVALIDREQUEST;
     if (pActualStreamIndex != nullptr)
         *pActualStreamIndex = static_cast<DWORD>(pStream->index);
-    const HRESULT hr = Guarded(
-        [&]
-        {
-            const VideoSource::Picture picture = m_pVideo->Read();
-            if (!picture.pFrame)
-            {
-                if (pStreamFlags != nullptr)
-                    *pStreamFlags = MF_SOURCE_READERF_ENDOFSTREAM;
-                return S_OK;
-            }
-            if (pTimestamp != nullptr)
-                *pTimestamp = m_pVideo->GetGrid().TimeOf(picture.index);
-            return MakeSample(picture, ppSample);
-        });
-    if (FAILED(hr) && pStreamFlags != nullptr)
-        *pStreamFlags = MF_SOURCE_READERF_ERROR;
+    const HRESULT hr =
+        Guarded([&] { return isAudio ? m_pAudio->Read(&flags, &time, ppSample) : ReadVideo(&flags, &time, ppSample); });
+    if (FAILED(hr))
+        flags = MF_SOURCE_READERF_ERROR;
+    if (pStreamFlags != nullptr)
+        *pStreamFlags = flags;
+    if (pTimestamp != nullptr)
+        *pTimestamp = time;
     return hr;
 }
 
@@ -257,11 +307,25 @@ HRESULT SourceReader::GetPresentationAttribute(DWORD streamIndex, REFGUID key, P
     if (pValue == nullptr)
         return E_POINTER;
     PropVariantInit(pValue);
-    if (streamIndex != MF_SOURCE_READER_MEDIASOURCE || key != MF_PD_DURATION || m_pFile->GetDuration() == 0)
+    if (streamIndex != MF_SOURCE_READER_MEDIASOURCE || key != MF_PD_DURATION)
         return MF_E_ATTRIBUTENOTFOUND;
-    pValue->vt = VT_UI8;
-    pValue->uhVal.QuadPart = m_pFile->GetDuration();
-    return S_OK;
+    return Guarded(
+        [&]
+        {
+            // What a file without an index says about its length is a guess; its packets can be counted.
+            AudioSource* pAudio = nullptr;
+            std::uint64_t duration = 0;
+            if (m_pFile->IsDurationGuessed() && m_pFile->FindStream(AVMEDIA_TYPE_VIDEO) == nullptr &&
+                SUCCEEDED(GetAudio(&pAudio)))
+                duration = pAudio->CountDuration();
+            if (duration == 0)
+                duration = m_pFile->GetDuration();
+            if (duration == 0)
+                return MF_E_ATTRIBUTENOTFOUND;
+            pValue->vt = VT_UI8;
+            pValue->uhVal.QuadPart = duration;
+            return S_OK;
+        });
 }
 } // namespace pal
 

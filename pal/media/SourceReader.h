@@ -3,6 +3,7 @@
 #pragma once
 
 #include "pal/kernel/ComObject.h"
+#include "pal/media/AudioSource.h"
 #include "pal/media/MediaFile.h"
 #include "pal/media/PictureConverter.h"
 #include "pal/media/VideoSource.h"
@@ -13,7 +14,8 @@
 
 namespace pal
 {
-/// Serves one video stream of a file.
+/// Serves the first video stream or the first audio stream of a file. Whichever is set up first: packets of the other
+/// one are passed over from then on.
 /// Threads : one caller at a time. Exceptions (memory) end at the slots as status codes.
 class SourceReader final : public ComObject<SourceReader, IMFSourceReader>
 {
@@ -36,14 +38,19 @@ public:
 
 private:
     AVStream* ResolveStream(DWORD streamIndex) const;
+    bool IsAudio(DWORD streamIndex) const;
     HRESULT GetVideo(DWORD streamIndex, VideoSource** ppSource);
+    HRESULT GetAudio(AudioSource** ppSource);
+    HRESULT SetAudioType(IMFMediaType* pType);
+    HRESULT ReadVideo(DWORD* pFlags, LONGLONG* pTime, IMFSample** ppSample);
     HRESULT MakeSample(const VideoSource::Picture& picture, IMFSample** ppSample);
 
     std::unique_ptr<MediaFile> m_pFile;
     std::unique_ptr<VideoSource> m_pVideo; // made when the video stream is first asked about; ends before the file
+    std::unique_ptr<AudioSource> m_pAudio; // likewise of the audio stream
     std::shared_ptr<PictureConverter> m_pConverter;
-    IMFMediaType* m_pCurrentType = nullptr; // owns one reference
+    IMFMediaType* m_pCurrentType = nullptr; // owns one reference; of the video stream
     bool m_videoSelected = true;
-    bool m_audioSelected = false;
+    bool m_audioSelected;
 };
 } // namespace pal

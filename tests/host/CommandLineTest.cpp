@@ -61,7 +61,7 @@ TEST_F(CommandLine, HelpAndVersionGoToStandardOutput)
 {
     const QmxRun help({"--help"});
     EXPECT_EQ(help.ExitCode(), 0);
-    for (const char* const pCommand : {"render", "frame", "sheet", "hash", "info"})
+    for (const char* const pCommand : {"render", "frame", "sheet", "hash", "audio", "info"})
         EXPECT_NE(help.Output().find(pCommand), std::string::npos) << pCommand;
     EXPECT_EQ(help.Errors(), "");
     const QmxRun command({"render", "--help"});
@@ -101,6 +101,8 @@ TEST_F(CommandLine, AWrongCommandLineIsTwoAndSaysWhatIsWrong)
         {{"frame", Project(), "-o", png, "--at", "0", "--track", "x"}, "--track: \"x\" is no track ID"},
         {{"sheet", Project(), "-o", png, "--columns", "0"}, "--columns"},
         {{"sheet", Project(), "-o", png, "--rows", "33"}, "--rows"},
+        {{"audio", Project(), "-o", out}, "a.mp4: the name must end in .wav"},
+        {{"audio", Project()}, "--output"},
         {{"info"}, "FILE"}};
     for (const auto& [arguments, word] : cases)
     {
@@ -121,7 +123,8 @@ TEST_F(CommandLine, ABadProjectIsThreeForEveryCommandThatReadsOne)
     const std::vector<std::vector<std::string>> commands = {{"render", Project(), "-o", Name("a.mp4")},
                                                             {"frame", Project(), "--at", "0", "-o", Name("a.png")},
                                                             {"sheet", Project(), "-o", Name("a.png")},
-                                                            {"hash", Project()}};
+                                                            {"hash", Project()},
+                                                            {"audio", Project(), "-o", Name("a.wav")}};
     for (const std::vector<std::string>& arguments : commands)
     {
         const QmxRun run(arguments);

@@ -252,12 +252,54 @@ TEST(ProjectReader, RefusesClipsThatOverlapOnATrack)
 
 TEST(ProjectReader, TellsKindsThatAreNotSupportedYetFromUnknownOnes)
 {
-    for (const char* const pKind : {"camera", "audio", "image", "title", "transition", "keystroke"})
+    for (const char* const pKind : {"camera", "image", "title", "transition", "keystroke"})
         EXPECT_EQ(ErrorWith("\"color\"", '"' + std::string(pKind) + '"'),
                   "tracks[0].clips[1].type: clips of the kind \"" + std::string(pKind) + "\" are not supported yet");
-    EXPECT_EQ(ErrorWith("\"color\"", "\"colour\""),
-              "tracks[0].clips[1].type: unknown kind \"colour\", the known ones are \"video\" and \"color\"");
-    EXPECT_EQ(ErrorWith("\"rotation\": 90", "\"volume\": 1"), "tracks[0].clips[0].volume: not supported yet");
+    EXPECT_EQ(
+        ErrorWith("\"color\"", "\"colour\""),
+        "tracks[0].clips[1].type: unknown kind \"colour\", the known ones are \"video\", \"color\" and \"audio\"");
+    EXPECT_EQ(ErrorWith("\"rotation\": 90", "\"key\": {}"), "tracks[0].clips[0].key: not supported yet");
+}
+
+TEST(ProjectReader, ReadsSoundOfClipsAndTracks)
+{
+    const Project project = ProjectReader::Parse(R"({"width": 64, "height": 48, "frameRate": 30, "tracks": [
+        {"id": 1, "volume": 0.5, "mute": false, "clips": [
+            {"type": "audio", "start": 1, "duration": 2, "path": "a.mp3", "inPoint": 0.25, "volume": 1.5e0},
+            {"type": "video", "start": 3, "duration": 2, "path": "b.mp4", "mute": true}]},
+        {"id": 2, "mute": true, "clips": []}]})",
+                                                 "p.json");
+    const ProjectTrack& track = project.tracks[0];
+    EXPECT_EQ(track.volume, 0.5);
+    EXPECT_FALSE(track.mute);
+    EXPECT_EQ(track.clips[0].kind, ClipKind::Audio);
+    EXPECT_EQ(track.clips[0].path, "a.mp3");
+    EXPECT_EQ(track.clips[0].inPoint, 2'500'000U);
+    EXPECT_EQ(track.clips[0].volume, 1.5);
+    EXPECT_FALSE(track.clips[0].mute);
+    EXPECT_EQ(track.clips[1].volume, 1);
+    EXPECT_TRUE(track.clips[1].mute);
+    EXPECT_EQ(project.tracks[1].volume, 1);
+    EXPECT_TRUE(project.tracks[1].mute);
+}
+
+TEST(ProjectReader, RefusesSoundThatMakesNoSense)
+{
+    EXPECT_EQ(ErrorWith("\"rotation\": 90", "\"volume\": -0.1"),
+              "tracks[0].clips[0].volume: must lie between 0 and 16");
+    EXPECT_EQ(ErrorWith("\"rotation\": 90", "\"volume\": 16.5"),
+              "tracks[0].clips[0].volume: must lie between 0 and 16");
+    EXPECT_EQ(ErrorWith("\"rotation\": 90", "\"volume\": \"loud\""),
+              "tracks[0].clips[0].volume: must be a number, not a text");
+    EXPECT_EQ(ErrorWith("\"rotation\": 90", "\"mute\": 1"),
+              "tracks[0].clips[0].mute: must be true or false, not a number");
+    EXPECT_EQ(ErrorWith("\"id\": 2", "\"id\": 2, \"volume\": 99"), "tracks[1].volume: must lie between 0 and 16");
+    EXPECT_EQ(ErrorOf(WithClips(R"({"type": "audio", "start": 0, "duration": 1})")),
+              "tracks[0].clips[0].path: is missing");
+    EXPECT_EQ(ErrorOf(WithClips(R"({"type": "audio", "start": 0, "duration": 1, "path": "a", "rotation": 90})")),
+              "tracks[0].clips[0].rotation: unknown field");
+    EXPECT_EQ(ErrorOf(WithClips(R"({"type": "color", "start": 0, "duration": 1, "volume": 1})")),
+              "tracks[0].clips[0].volume: unknown field");
 }
 
 TEST(ProjectReader, RefusesRotationsThatAreNoQuarterTurns)

@@ -1,5 +1,6 @@
 #include "engine/model/ClipFactory.h"
 
+#include "engine/clips/QMXAudioClip.h"
 #include "engine/clips/QMXBaseClip.h"
 #include "engine/clips/QMXColorClip.h"
 #include "engine/clips/QMXVideoClip.h"
@@ -26,6 +27,9 @@ TEST(CreateClipByClipType, MakesTheClassOfEachKind)
     const ClipPtr base(CreateClipByClipType(QMXClipType_Base));
     const ClipPtr video(CreateClipByClipType(QMXClipType_Video));
     const ClipPtr color(CreateClipByClipType(QMXClipType_Color));
+    const ClipPtr audio(CreateClipByClipType(QMXClipType_Audio));
+    EXPECT_NE(dynamic_cast<CQMXAudioClip*>(audio.get()), nullptr);
+    EXPECT_EQ(audio->GetClipType(), QMXClipType_Audio);
     ASSERT_NE(base, nullptr);
     EXPECT_EQ(typeid(*base), typeid(CQMXBaseClip));
     EXPECT_EQ(base->GetClipType(), QMXClipType_Base);
@@ -47,11 +51,12 @@ TEST(CreateClipByClipType, ShortMemoryGivesNull)
     EXPECT_EQ(CreateClipByClipType(QMXClipType_Base), nullptr);
     EXPECT_EQ(CreateClipByClipType(QMXClipType_Video), nullptr);
     EXPECT_EQ(CreateClipByClipType(QMXClipType_Color), nullptr);
+    EXPECT_EQ(CreateClipByClipType(QMXClipType_Audio), nullptr);
 }
 
 TEST(DuplicateClip, TakesTheCommonSettingsButNoIdentity)
 {
-    for (const QMXClipType type : {QMXClipType_Base, QMXClipType_Video, QMXClipType_Color})
+    for (const QMXClipType type : {QMXClipType_Base, QMXClipType_Video, QMXClipType_Audio, QMXClipType_Color})
     {
         const std::unique_ptr<IQMXTrack> track(CreateQMXTrack(3, QMXTrackType{}, 4, tagPIPPOSITION{}));
         IQMXBaseClip* const source = CreateClipByClipType(type);

@@ -1,197 +1,17 @@
 #include "tests/decoders/media/FakeMedia.h"
 
+#include "tests/decoders/media/FakeBuffers.h"
 #include "tests/model/AllocationFailure.h"
 
 #include <d3d10.h>
 #include <mferror.h>
 
-#include <algorithm>
-#include <cstdlib>
-#include <cstring>
+using namespace fake_media;
 
 namespace
 {
 std::mutex g_lock;
 std::map<std::wstring, FakeMedia*> g_files;
-
-/// One operation at a time, with all the memory it needs: short memory is for the code under test.
-class CScope
-{
-public:
-    explicit CScope(const FakeMedia& media) : m_guard(media.lock) {}
-
-private:
-    CAllocationPause m_pause;
-    std::lock_guard<std::mutex> m_guard;
-};
-
-/// Count of references for objects of one interface; more identifiers through Find().
-template <class Derived, class Interface> class Counted : public Interface
-{
-public:
-    explicit Counted(std::atomic<int>& live) : m_live(live) { ++m_live; }
-    virtual ~Counted() { --m_live; }
-    Counted(const Counted&) = delete;
-    Counted& operator=(const Counted&) = delete;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override
-    {
-        *ppObject = iid == IID_IUnknown ? static_cast<Interface*>(this) : static_cast<Derived*>(this)->Find(iid);
-        if (*ppObject == nullptr)
-            return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_count; }
-    ULONG STDMETHODCALLTYPE Release() override
-    {
-        const ULONG left = --m_count;
-        if (left == 0)
-            delete this;
-        return left;
-    }
-
-private:
-    std::atomic<ULONG> m_count{1};
-    std::atomic<int>& m_live;
-};
-
-// ---- picture memory --------------------------------------------------------------------------------------------
-
-class FakeBuffer;
-
-/// The picture side of a buffer; counts with it.
-class FakeBuffer2D final : public IMF2DBuffer
-{
-public:
-    explicit FakeBuffer2D(FakeBuffer& owner) : m_owner(owner) {}
-    ~FakeBuffer2D() = default;
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override;
-    ULONG STDMETHODCALLTYPE AddRef() override;
-    ULONG STDMETHODCALLTYPE Release() override;
-    HRESULT STDMETHODCALLTYPE Lock2D(BYTE** ppScanline0, LONG* pPitch) override;
-    HRESULT STDMETHODCALLTYPE Unlock2D() override;
-    HRESULT STDMETHODCALLTYPE GetScanline0AndPitch(BYTE**, LONG*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE IsContiguousFormat(BOOL*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetContiguousLength(DWORD* pcbLength) override;
-    HRESULT STDMETHODCALLTYPE ContiguousCopyTo(BYTE*, DWORD) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE ContiguousCopyFrom(const BYTE*, DWORD) override { return E_NOTIMPL; }
-
-private:
-    FakeBuffer& m_owner;
-};
-
-class FakeBuffer final : public Counted<FakeBuffer, IMFMediaBuffer>
-{
-public:
-    FakeBuffer(const FakePicture& picture, const FakeMedia& media)
-        : Counted(CFakeSystem::LiveBuffers()), m_picture(picture), m_media(media), m_side(*this)
-    {
-        const std::uint32_t cbRow = picture.width * 4;
-        m_pitch = picture.pitch != 0 ? picture.pitch : static_cast<std::int32_t>(cbRow);
-        const auto cbStep = static_cast<std::size_t>(std::abs(m_pitch));
-        const std::size_t rows = picture.height;
-        // Rows lie a pitch apart, and nothing follows the last row.
-        m_bytes.resize((rows != 0 ? (rows - 1) * cbStep : 0) + std::min<std::size_t>(cbRow, cbStep));
-        if (picture.truncated)
-            m_bytes.resize(m_bytes.size() - 4);
-        m_bytes.shrink_to_fit();
-        for (std::uint32_t y = 0; y < rows; ++y)
-        {
-            for (std::uint32_t x = 0; x < picture.width; ++x)
-            {
-                const std::size_t at = (m_pitch < 0 ? rows - 1 - y : y) * cbStep + std::size_t{x} * 4;
-                const std::uint32_t color = picture.pixel(x, y);
-                if (at + 4 <= m_bytes.size())
-                    std::memcpy(m_bytes.data() + at, &color, 4);
-            }
-        }
-    }
-
-    void* Find(REFIID iid)
-    {
-        if (iid == IID_IMFMediaBuffer)
-            return static_cast<IMFMediaBuffer*>(this);
-        return iid == IID_IMF2DBuffer && m_picture.is2D ? static_cast<IMF2DBuffer*>(&m_side) : nullptr;
-    }
-    HRESULT STDMETHODCALLTYPE Lock(BYTE** ppBuffer, DWORD* pcbMaxLength, DWORD* pcbCurrentLength) override
-    {
-        const CScope scope(m_media);
-        if (m_media.failing.count("Lock") != 0)
-            return E_FAIL;
-        ++CFakeSystem::OpenLocks();
-        *ppBuffer = m_bytes.data();
-        if (pcbMaxLength != nullptr)
-            *pcbMaxLength = static_cast<DWORD>(m_bytes.size());
-        if (pcbCurrentLength != nullptr)
-            *pcbCurrentLength = static_cast<DWORD>(m_bytes.size());
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE Unlock() override
-    {
-        --CFakeSystem::OpenLocks();
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE GetCurrentLength(DWORD* pcb) override
-    {
-        *pcb = static_cast<DWORD>(m_bytes.size());
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE SetCurrentLength(DWORD) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetMaxLength(DWORD* pcb) override { return GetCurrentLength(pcb); }
-
-    HRESULT LockPicture(BYTE** ppScanline0, LONG* pPitch)
-    {
-        const CScope scope(m_media);
-        if (m_media.failing.count("Lock2D") != 0)
-            return E_FAIL;
-        ++CFakeSystem::OpenLocks();
-        const std::size_t rows = m_picture.height;
-        *ppScanline0 = m_bytes.data() + (m_pitch < 0 ? (rows - 1) * static_cast<std::size_t>(-m_pitch) : 0);
-        *pPitch = m_pitch;
-        return S_OK;
-    }
-    HRESULT ContiguousLength(DWORD* pcb) const
-    {
-        const CScope scope(m_media);
-        if (m_media.failing.count("GetContiguousLength") != 0)
-            return E_FAIL;
-        *pcb = m_picture.width * 4 * m_picture.height - (m_picture.truncated ? 4 : 0);
-        return S_OK;
-    }
-
-private:
-    const FakePicture m_picture;
-    const FakeMedia& m_media;
-    FakeBuffer2D m_side;
-    std::int32_t m_pitch = 0;
-    std::vector<BYTE> m_bytes;
-};
-
-HRESULT FakeBuffer2D::QueryInterface(REFIID iid, void** ppObject)
-{
-    return m_owner.QueryInterface(iid, ppObject);
-}
-ULONG FakeBuffer2D::AddRef()
-{
-    return m_owner.AddRef();
-}
-ULONG FakeBuffer2D::Release()
-{
-    return m_owner.Release();
-}
-HRESULT FakeBuffer2D::Lock2D(BYTE** ppScanline0, LONG* pPitch)
-{
-    return m_owner.LockPicture(ppScanline0, pPitch);
-}
-HRESULT FakeBuffer2D::Unlock2D()
-{
-    return m_owner.Unlock();
-}
-HRESULT FakeBuffer2D::GetContiguousLength(DWORD* pcbLength)
-{
-    return m_owner.ContiguousLength(pcbLength);
-}
 
 // ---- reader ------------------------------------------------------------------------------------------------------
 
@@ -203,6 +23,7 @@ public:
         ++CFakeSystem::ReadersMade();
         if (m_media.size)
             m_currentSize = *m_media.size;
+        m_currentSound = m_media.sound;
     }
 
     void* Find(REFIID iid) { return iid == IID_IMFSourceReader ? static_cast<IMFSourceReader*>(this) : nullptr; }
@@ -223,14 +44,20 @@ public:
         m_media.streams.push_back(stream);
         if (Fails("GetNativeMediaType"))
             return E_FAIL;
-        return index == 0 ? MakeType(m_media.size, ppType) : MF_E_NO_MORE_TYPES;
+        if (index != 0)
+            return MF_E_NO_MORE_TYPES;
+        return IsSound(stream) ? MakeSoundType(m_media.sound, MFAudioFormat_MP3, ppType)
+                               : MakeType(m_media.size, ppType);
     }
     HRESULT STDMETHODCALLTYPE GetCurrentMediaType(DWORD stream, IMFMediaType** ppType) override
     {
         const CScope scope(m_media);
         *ppType = nullptr;
         m_media.streams.push_back(stream);
-        return Fails("GetCurrentMediaType") ? E_FAIL : MakeType(m_currentSize, ppType);
+        if (Fails("GetCurrentMediaType"))
+            return E_FAIL;
+        return IsSound(stream) ? MakeSoundType(m_currentSound, MFAudioFormat_PCM, ppType)
+                               : MakeType(m_currentSize, ppType);
     }
     HRESULT STDMETHODCALLTYPE SetCurrentMediaType(DWORD stream, DWORD*, IMFMediaType* pType) override
     {
@@ -241,6 +68,11 @@ public:
         GUID subtype = GUID_NULL;
         pType->GetGUID(MF_MT_SUBTYPE, &subtype);
         m_media.outputSubtype = subtype;
+        if (IsSound(stream))
+        {
+            m_media.outputSound = ReadSoundType(pType);
+            return S_OK;
+        }
         MFGetAttributeSize(pType, MF_MT_FRAME_SIZE, &m_media.outputSize.first, &m_media.outputSize.second);
         MFGetAttributeRatio(pType, MF_MT_PIXEL_ASPECT_RATIO, &m_media.outputAspect.first, &m_media.outputAspect.second);
         pType->GetUINT32(MF_MT_INTERLACE_MODE, &m_media.outputInterlace);
@@ -313,6 +145,37 @@ public:
 
 private:
     bool Fails(const char* operation) const { return m_media.failing.count(operation) != 0; }
+    static bool IsSound(DWORD stream) { return stream == static_cast<DWORD>(MF_SOURCE_READER_FIRST_AUDIO_STREAM); }
+
+    static HRESULT MakeSoundType(const FakeSoundType& sound, const GUID& subtype, IMFMediaType** ppType)
+    {
+        const HRESULT hr = MFCreateMediaType(ppType);
+        if (FAILED(hr))
+            return hr;
+        (*ppType)->SetGUID(MF_MT_MAJOR_TYPE, MFMediaType_Audio);
+        (*ppType)->SetGUID(MF_MT_SUBTYPE, subtype);
+        const auto set = [&](const GUID& key, const std::optional<std::uint32_t>& value)
+        {
+            if (value)
+                (*ppType)->SetUINT32(key, *value);
+        };
+        set(MF_MT_AUDIO_SAMPLES_PER_SECOND, sound.rate);
+        set(MF_MT_AUDIO_NUM_CHANNELS, sound.channels);
+        set(MF_MT_AUDIO_BITS_PER_SAMPLE, sound.bits);
+        set(MF_MT_AUDIO_AVG_BYTES_PER_SECOND, sound.bytesPerSecond);
+        return S_OK;
+    }
+    static FakeSoundType ReadSoundType(IMFMediaType* pType)
+    {
+        const auto get = [&](const GUID& key)
+        {
+            UINT32 value = 0;
+            return SUCCEEDED(pType->GetUINT32(key, &value)) ? std::optional<std::uint32_t>(value) : std::nullopt;
+        };
+        return {get(MF_MT_AUDIO_SAMPLES_PER_SECOND), get(MF_MT_AUDIO_NUM_CHANNELS),
+                get(MF_MT_AUDIO_BITS_PER_SAMPLE),    get(MF_MT_AUDIO_AVG_BYTES_PER_SECOND),
+                get(MF_MT_AUDIO_BLOCK_ALIGNMENT),    get(MF_MT_AUDIO_CHANNEL_MASK)};
+    }
 
     HRESULT MakeType(const std::optional<std::pair<std::uint32_t, std::uint32_t>>& size, IMFMediaType** ppType) const
     {
@@ -342,7 +205,12 @@ private:
             m_currentSize = read.newSize;
             *pFlags |= MF_SOURCE_READERF_CURRENTMEDIATYPECHANGED;
         }
-        if (read.picture || read.emptySample)
+        if (read.newSound)
+        {
+            m_currentSound = *read.newSound;
+            *pFlags |= MF_SOURCE_READERF_CURRENTMEDIATYPECHANGED;
+        }
+        if (read.picture || read.sound || read.emptySample)
         {
             const HRESULT hr = MFCreateSample(ppSample);
             if (FAILED(hr))
@@ -355,12 +223,19 @@ private:
             (*ppSample)->AddBuffer(pBuffer);
             pBuffer->Release();
         }
+        if (read.sound)
+        {
+            auto* const pBuffer = new FakeBytes(*read.sound, m_media);
+            (*ppSample)->AddBuffer(pBuffer);
+            pBuffer->Release();
+        }
         return read.hr;
     }
 
     FakeMedia& m_media;
     std::size_t m_next = 0;
     std::optional<std::pair<std::uint32_t, std::uint32_t>> m_currentSize;
+    FakeSoundType m_currentSound;
 };
 
 // ---- device ------------------------------------------------------------------------------------------------------
@@ -457,6 +332,22 @@ void FakeMedia::AddFrames(int count, LONGLONG step, LONGLONG first)
         read.picture->height = size->second;
         const auto color = FakeColor(static_cast<std::uint32_t>(reads.size()));
         read.picture->pixel = [color](std::uint32_t, std::uint32_t) { return color; };
+        reads.push_back(std::move(read));
+    }
+}
+
+void FakeMedia::AddBlocks(int count, std::uint32_t cb)
+{
+    std::size_t at = 0;
+    for (const FakeRead& read : reads)
+        at += read.sound ? read.sound->size() : 0;
+    for (int n = 0; n < count; ++n)
+    {
+        FakeRead read;
+        read.time = static_cast<LONGLONG>(at * 10'000'000 / 192'000);
+        read.sound.emplace(cb);
+        for (std::uint8_t& byte : *read.sound)
+            byte = FakeByte(at++);
         reads.push_back(std::move(read));
     }
 }

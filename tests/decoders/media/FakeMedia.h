@@ -30,6 +30,17 @@ struct FakePicture
     std::function<std::uint32_t(std::uint32_t x, std::uint32_t y)> pixel; ///< 0xAARRGGBB
 };
 
+/// A type of sound; what is absent is missing in the media type.
+struct FakeSoundType
+{
+    std::optional<std::uint32_t> rate{48'000};
+    std::optional<std::uint32_t> channels{2};
+    std::optional<std::uint32_t> bits{16};
+    std::optional<std::uint32_t> bytesPerSecond;
+    std::optional<std::uint32_t> blockAlignment;
+    std::optional<std::uint32_t> mask;
+};
+
 /// What one ReadSample() answers.
 struct FakeRead
 {
@@ -40,6 +51,8 @@ struct FakeRead
     bool emptySample = false;                                       ///< a sample without a buffer
     std::optional<std::pair<std::uint32_t, std::uint32_t>> newSize; ///< the current media type changes before it
     bool newTypeWithoutSize = false;
+    std::optional<std::vector<std::uint8_t>> sound; ///< a block of sound instead of a picture
+    std::optional<FakeSoundType> newSound;          ///< the current media type changes before it
 };
 
 /// A file: its stream, its samples, and what was asked of it.
@@ -52,6 +65,7 @@ struct FakeMedia // NOLINT(clang-analyzer-optin.performance.Padding): read in th
     std::optional<std::pair<std::uint32_t, std::uint32_t>> frameRate{{30, 1}};
     std::optional<LONGLONG> duration;
     GUID majorType = MFMediaType_Video;
+    FakeSoundType sound; ///< native type of the audio stream, whose samples are MP3
     std::vector<FakeRead> reads;
     /// Index of the read that follows a seek to a time. Default: the last one that is not later.
     std::function<std::size_t(LONGLONG)> seek;
@@ -75,13 +89,22 @@ struct FakeMedia // NOLINT(clang-analyzer-optin.performance.Padding): read in th
     std::uint32_t convertersDisabled = 1;
     std::uint32_t lowLatency = 0;
     bool hasDeviceManager = false;
+    std::optional<FakeSoundType> outputSound;
 
     /// Adds @p count samples of the nominal size, @p step apart; sample n is painted with FakeColor(n).
     void AddFrames(int count, LONGLONG step, LONGLONG first = 0);
+    /// Adds @p count blocks of @p cb bytes of 48 kHz stereo, one after the other; byte i of all is FakeByte(i).
+    void AddBlocks(int count, std::uint32_t cb);
 };
 
 /// Colour of sample n: opaque, different for every n below 2^24.
 std::uint32_t FakeColor(std::uint32_t n);
+
+/// Byte @p index of a fake stream of sound: never 0, and neighbours differ.
+constexpr std::uint8_t FakeByte(std::size_t index)
+{
+    return static_cast<std::uint8_t>(index % 251 + 1);
+}
 
 /// The files of this program, and its objects alive.
 class CFakeSystem
