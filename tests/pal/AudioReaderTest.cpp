@@ -321,7 +321,7 @@ TEST_F(AudioReader, DurationOfABareStreamIsCounted)
     ASSERT_EQ(Open(bytes, "qmx_bare.aac"), S_OK);
     PROPVARIANT value;
     ASSERT_EQ(reader->GetPresentationAttribute(MF_SOURCE_READER_MEDIASOURCE, MF_PD_DURATION, &value), S_OK);
-    EXPECT_EQ(value.uhVal, 42'666'667U); // 200 * 1024 / 48,000 seconds
+    EXPECT_EQ(value.uhVal.QuadPart, 42'666'667U); // 200 * 1024 / 48,000 seconds
     ASSERT_EQ(Ask(MFAudioFormat_PCM, 48'000, 2), S_OK);
     const std::size_t first = Next<std::int16_t>().size();
     ASSERT_EQ(reader->GetPresentationAttribute(MF_SOURCE_READER_MEDIASOURCE, MF_PD_DURATION, &value), S_OK);
