@@ -8,8 +8,10 @@ set(QMX_PUBLIC_HEADERS
   engine/qmx.h
   engine/clips/ClipType.h
   engine/clips/IQMXBaseClip.h
+  engine/clips/QMXAudioClip.h
   engine/clips/QMXBaseClip.h
   engine/clips/QMXColorClip.h
+  engine/clips/QMXSoundClip.h
   engine/clips/QMXVideoClip.h
   engine/clips/RenderProp.h
   engine/clips/TransparentColorInfo.h
@@ -17,6 +19,7 @@ set(QMX_PUBLIC_HEADERS
   engine/decoders/DecoderCache.h
   engine/decoders/DecoderProp.h
   engine/decoders/IDecoder.h
+  engine/decoders/media/AudioDecoder.h
   engine/decoders/media/VideoDecoder.h
   engine/decoders/media/VideoInfo.h
   engine/model/ClipFactory.h
