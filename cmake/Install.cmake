@@ -9,9 +9,11 @@ set(QMX_PUBLIC_HEADERS
   engine/clips/ClipType.h
   engine/clips/EffectModule.h
   engine/clips/IQMXBaseClip.h
+  engine/clips/QMXAudioClip.h
   engine/clips/QMXBaseClip.h
   engine/clips/QMXColorClip.h
   engine/clips/QMXTXClip.h
+  engine/clips/QMXSoundClip.h
   engine/clips/QMXVideoClip.h
   engine/clips/RenderProp.h
   engine/clips/TransparentColorInfo.h
@@ -19,6 +21,7 @@ set(QMX_PUBLIC_HEADERS
   engine/decoders/DecoderCache.h
   engine/decoders/DecoderProp.h
   engine/decoders/IDecoder.h
+  engine/decoders/media/AudioDecoder.h
   engine/decoders/media/VideoDecoder.h
   engine/decoders/media/VideoInfo.h
   engine/model/ClipFactory.h

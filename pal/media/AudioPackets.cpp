@@ -93,7 +93,8 @@ AudioPackets::AudioPackets(const MediaFile& file, AVStream& stream)
     const std::int64_t heard = m_firstTicks - m_origin + av_rescale_q(padding, sample, stream.time_base);
     m_first = av_rescale_q(heard, stream.time_base, sample) - padding;
     m_length = stream.codecpar->frame_size > 1 ? stream.codecpar->frame_size : 0;
-    if (m_pPeeked && stream.codecpar->codec_id == AV_CODEC_ID_OPUS)
+    const AVCodecID codec = stream.codecpar->codec_id;
+    if (m_pPeeked && m_length == 0 && (codec == AV_CODEC_ID_OPUS || av_get_exact_bits_per_sample(codec) >= 8))
         m_length = DurationOf(*m_pPeeked);
     if (m_pPeeked && m_isBare)
         m_frontPadding = PaddingOf(*m_pPeeked).front;
@@ -150,7 +151,8 @@ std::int64_t AudioPackets::DurationOf(const AVPacket& packet) const
     const AVRational tick = m_stream.time_base;
     const std::int64_t up = av_rescale_q_rnd(packet.duration, tick, {1, m_rate}, AV_ROUND_UP);
     const std::int64_t down = av_rescale_q_rnd(packet.duration, tick, {1, m_rate}, AV_ROUND_DOWN);
-    if (packet.duration > 0 && up == down)
+    const bool isFine = av_cmp_q(tick, {1, m_rate}) <= 0; // coarser ticks round, also to whole samples
+    if (packet.duration > 0 && up == down && isFine)
         return up;
     const int byCodec = av_get_audio_frame_duration2(m_stream.codecpar, packet.size);
     return byCodec > 0 ? byCodec : std::max<std::int64_t>(0, up);

@@ -41,6 +41,8 @@ const SoundFilm kFilms[] = {
     {"sound-be-48000.aiff", 3, true},
     {"sound-48000.flac", 3, true},
     {"sound-alac.m4a", 3, true},
+    {"sound-pcm.mkv", 8, true},
+    {"sound-flac.mkv", 8, true},
     {"sound-s16le-8000.wav", 3, false},
     {"sound-s16le-11025.wav", 3, false},
     {"sound-s16le-16000.wav", 3, false},
