@@ -2,6 +2,7 @@
 
 #include "engine/clips/QMXBaseClip.h"
 #include "engine/clips/QMXColorClip.h"
+#include "engine/clips/QMXImageClip.h"
 #include "engine/clips/QMXVideoClip.h"
 
 #include <memory>
@@ -32,6 +33,14 @@ void CopyOwnSettings(IQMXBaseClip& source, IQMXBaseClip& copy)
             CopyVideoSettings(*videoSource, *videoCopy);
         break;
     }
+    case QMXClipType_Image:
+    {
+        auto* const imageSource = dynamic_cast<CQMXImageClip*>(&source);
+        auto* const imageCopy = dynamic_cast<CQMXImageClip*>(&copy);
+        if (imageSource != nullptr && imageCopy != nullptr)
+            imageCopy->SetRotation(imageSource->GetRotation());
+        break;
+    }
     default: // a colour clip makes its picture itself
         break;
     }
@@ -46,6 +55,8 @@ IQMXBaseClip* CreateClipByClipType(QMXClipType type)
         return new (std::nothrow) CQMXBaseClip(type);
     case QMXClipType_Video:
         return new (std::nothrow) CQMXVideoClip;
+    case QMXClipType_Image:
+        return new (std::nothrow) CQMXImageClip;
     case QMXClipType_Color:
         return new (std::nothrow) CQMXColorClip;
     default:
