@@ -31,6 +31,37 @@ nlohmann::ordered_json JsonOf(const std::string& file, const tagVideoInfo& info)
             {"pixelAspect", {{"x", info.nPixelAspectX}, {"y", info.nPixelAspectY}}},
             {"duration", info.dDuration}};
 }
+
+std::string TextOf(const std::string& file, const PictureFacts& facts)
+{
+    std::string text = file + ": " + facts.format + ", " + std::to_string(facts.width) + " x " +
+                       std::to_string(facts.height) + ", orientation " + std::to_string(facts.orientation) + ", " +
+                       std::to_string(facts.frames) + (facts.frames == 1 ? " frame" : " frames");
+    if (facts.duration > 0)
+        text += ", " + NumberText(facts.duration) + " s";
+    return text;
+}
+
+nlohmann::ordered_json JsonOf(const std::string& file, const PictureFacts& facts)
+{
+    return {{"file", file},
+            {"format", facts.format},
+            {"width", facts.width},
+            {"height", facts.height},
+            {"orientation", facts.orientation},
+            {"frames", facts.frames},
+            {"duration", facts.duration}};
+}
+
+/// Prints a file's facts, or adds them to the list that is printed in the end.
+template <class Facts>
+void Report(const InfoOptions& options, const std::string& file, const Facts& facts, nlohmann::ordered_json& list)
+{
+    if (options.json)
+        list.push_back(JsonOf(file, facts));
+    else
+        PrintLine(TextOf(file, facts));
+}
 } // namespace
 
 ExitCode RunInfo(const InfoOptions& options)
@@ -44,11 +75,10 @@ ExitCode RunInfo(const InfoOptions& options)
         ThrowIfInterrupted();
         try
         {
-            const tagVideoInfo& info = probe.Video(file, file, "");
-            if (options.json)
-                list.push_back(JsonOf(file, info));
+            if (const PictureFacts* const pPicture = probe.FindPicture(file, file, ""))
+                Report(options, file, *pPicture, list);
             else
-                PrintLine(TextOf(file, info));
+                Report(options, file, probe.Video(file, file, ""), list);
         }
         catch (const HostError& error)
         {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "engine/qmx.h"
+#include "host/compose/PictureFacts.h"
 
 #include <filesystem>
 #include <map>
@@ -23,7 +24,16 @@ public:
     /// @throw HostError  ExitCode::Media: no such file, no right to read it, no video in it that can be read
     const tagVideoInfo& Video(const std::filesystem::path& path, const std::string& subject, const std::string& prefix);
 
+    /// As Video(), for a still picture or an animation that an image clip can show. A name that ends in "gif" must be
+    /// that of a GIF file, as the engine goes by it.
+    const PictureFacts& Picture(const std::filesystem::path& path, const std::string& subject,
+                                const std::string& prefix);
+    /// As Picture(), but null when the file can be read and is no picture.
+    const PictureFacts* FindPicture(const std::filesystem::path& path, const std::string& subject,
+                                    const std::string& prefix);
+
 private:
+    std::map<std::filesystem::path, PictureFacts> m_knownPictures;
     std::map<std::filesystem::path, tagVideoInfo> m_known;
 };
 } // namespace qmx::host

@@ -26,6 +26,20 @@ ClipPlayer::Source SourceOf(const tagVideoInfo& info, const ProjectClip& clip)
     return source;
 }
 
+QMXClipType TypeOf(ClipKind kind)
+{
+    switch (kind)
+    {
+    case ClipKind::Video:
+        return QMXClipType_Video;
+    case ClipKind::Image:
+        return QMXClipType_Image;
+    case ClipKind::Color:
+        break;
+    }
+    return QMXClipType_Color;
+}
+
 Layer LayerOf(ISampleBuffer& picture, const PixelBox& box)
 {
     std::uint8_t* pPixels = nullptr;
@@ -63,6 +77,8 @@ TrackPlayer::TrackPlayer(IQMXDocument& document, MediaProbe& probe, const Projec
     {
         if (clip.kind == ClipKind::Video)
             AddVideo(probe, clip);
+        else if (clip.kind == ClipKind::Image)
+            AddImage(probe, clip);
         else
             AddColor(clip);
     }
@@ -98,8 +114,7 @@ void TrackPlayer::Advance(std::uint64_t time)
 
 IQMXBaseClip& TrackPlayer::AddClip(const ProjectClip& clip)
 {
-    const QMXClipType type = clip.kind == ClipKind::Video ? QMXClipType_Video : QMXClipType_Color;
-    std::unique_ptr<IQMXBaseClip> pClip(CreateClipByClipType(type));
+    std::unique_ptr<IQMXBaseClip> pClip(CreateClipByClipType(TypeOf(clip.kind)));
     if (!pClip)
         throw std::bad_alloc();
     pClip->SetStartTime(clip.start);
@@ -131,6 +146,25 @@ void TrackPlayer::AddVideo(MediaProbe& probe, const ProjectClip& clip)
     pVideo->SetRotation(clip.rotation);
     pVideo->SetFrameRate(source.frameRate);
     m_clips.emplace_back(*m_pTrack, static_cast<int>(m_clips.size()), size->width, size->height, source);
+}
+
+void TrackPlayer::AddImage(MediaProbe& probe, const ProjectClip& clip)
+{
+    const std::string subject = m_project.file.string();
+    const PictureFacts& facts = probe.Picture(clip.path, subject, clip.place + ".path: " + clip.path.string() + ": ");
+    const std::uint32_t mask = facts.format == "GIF" ? ~0U : ~1U; // stills lose an odd column or row
+    const std::optional<std::uint32_t> side =
+        FitImage(facts.width & mask, facts.height & mask, clip.rotation, static_cast<std::uint32_t>(m_box.Width()),
+                 static_cast<std::uint32_t>(m_box.Height()));
+    if (!side)
+        throw HostError(ExitCode::Project, subject,
+                        clip.place + ": a picture of " + std::to_string(facts.width) + " x " +
+                            std::to_string(facts.height) + " cannot be fitted into the track's position");
+    auto* const pImage = dynamic_cast<CQMXImageClip*>(&AddClip(clip));
+    if (!pImage)
+        throw HostError(ExitCode::Failed, subject, clip.place + ": the engine made no image clip");
+    pImage->SetRotation(clip.rotation);
+    m_clips.emplace_back(*m_pTrack, static_cast<int>(m_clips.size()), *side, *side);
 }
 
 void TrackPlayer::AddColor(const ProjectClip& clip)

@@ -17,6 +17,7 @@ inline constexpr std::uint32_t kMaxCanvasSide = 16'384; ///< pixels, each way
 enum class ClipKind
 {
     Video,
+    Image,
     Color
 };
 

@@ -20,7 +20,7 @@ namespace
 using Kind = JsonValue::Kind;
 
 constexpr double kMaxFraction = 16; // of the canvas, for boxes and their corners
-constexpr std::array kLaterKinds{"camera", "audio", "image", "title", "transition", "keystroke"};
+constexpr std::array kLaterKinds{"camera", "audio", "title", "transition", "keystroke"};
 constexpr std::array kLaterFields{"volume", "mute", "key"};
 
 std::string Quoted(std::string_view text)
@@ -141,14 +141,17 @@ ClipKind ReadKind(ObjectReader& reader)
     const std::string& kind = reader.Need("type", Kind::Text).text;
     if (kind == "video")
         return ClipKind::Video;
+    if (kind == "image")
+        return ClipKind::Image;
     if (kind == "color")
         return ClipKind::Color;
     if (std::find(kLaterKinds.begin(), kLaterKinds.end(), kind) != kLaterKinds.end())
         reader.Fail("type", "clips of the kind " + Quoted(kind) + " are not supported yet");
-    reader.Fail("type", "unknown kind " + Quoted(kind) + ", the known ones are \"video\" and \"color\"");
+    reader.Fail("type", "unknown kind " + Quoted(kind) + ", the known ones are \"video\", \"image\" and \"color\"");
 }
 
-void ReadVideoFields(ObjectReader& reader, ProjectClip& clip, const std::filesystem::path& folder)
+/// What clips of a file with pictures have.
+void ReadFileFields(ObjectReader& reader, ProjectClip& clip, const std::filesystem::path& folder)
 {
     const std::string& path = reader.Need("path", Kind::Text).text;
     if (path.empty() || path.find('\0') != std::string::npos)
@@ -161,6 +164,11 @@ void ReadVideoFields(ObjectReader& reader, ProjectClip& clip, const std::filesys
         if (clip.rotation % 90 != 0)
             reader.Fail("rotation", "must be 0, 90, 180 or 270");
     }
+}
+
+void ReadVideoFields(ObjectReader& reader, ProjectClip& clip, const std::filesystem::path& folder)
+{
+    ReadFileFields(reader, clip, folder);
     clip.frameRate = reader.Rate("frameRate");
     for (const char* const pName : kLaterFields)
     {
@@ -190,6 +198,8 @@ ProjectClip ReadClip(const JsonValue& value, std::string place, const std::files
     clip.duration = end - clip.start;
     if (clip.kind == ClipKind::Video)
         ReadVideoFields(reader, clip, folder);
+    else if (clip.kind == ClipKind::Image)
+        ReadFileFields(reader, clip, folder);
     reader.Finish();
     return clip;
 }

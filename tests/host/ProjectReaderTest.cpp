@@ -252,12 +252,29 @@ TEST(ProjectReader, RefusesClipsThatOverlapOnATrack)
 
 TEST(ProjectReader, TellsKindsThatAreNotSupportedYetFromUnknownOnes)
 {
-    for (const char* const pKind : {"camera", "audio", "image", "title", "transition", "keystroke"})
+    for (const char* const pKind : {"camera", "audio", "title", "transition", "keystroke"})
         EXPECT_EQ(ErrorWith("\"color\"", '"' + std::string(pKind) + '"'),
                   "tracks[0].clips[1].type: clips of the kind \"" + std::string(pKind) + "\" are not supported yet");
-    EXPECT_EQ(ErrorWith("\"color\"", "\"colour\""),
-              "tracks[0].clips[1].type: unknown kind \"colour\", the known ones are \"video\" and \"color\"");
+    EXPECT_EQ(
+        ErrorWith("\"color\"", "\"colour\""),
+        "tracks[0].clips[1].type: unknown kind \"colour\", the known ones are \"video\", \"image\" and \"color\"");
     EXPECT_EQ(ErrorWith("\"rotation\": 90", "\"volume\": 1"), "tracks[0].clips[0].volume: not supported yet");
+}
+
+TEST(ProjectReader, ReadsImageClips)
+{
+    const Project project = ProjectReader::Parse(
+        WithClips(R"({"type": "image", "path": "a.gif", "start": 1, "duration": 2, "inPoint": 0.5, "rotation": 270})"),
+        "folder/p.json");
+    const ProjectClip& clip = project.tracks[0].clips[0];
+    EXPECT_EQ(clip.kind, ClipKind::Image);
+    EXPECT_EQ(clip.path, "folder/a.gif");
+    EXPECT_EQ(clip.inPoint, 5'000'000U);
+    EXPECT_EQ(clip.rotation, 270U);
+    EXPECT_EQ(ErrorOf(WithClips(R"({"type": "image", "start": 0, "duration": 1})")),
+              "tracks[0].clips[0].path: is missing");
+    EXPECT_EQ(ErrorOf(WithClips(R"({"type": "image", "path": "a", "start": 0, "duration": 1, "frameRate": 30})")),
+              "tracks[0].clips[0].frameRate: unknown field");
 }
 
 TEST(ProjectReader, RefusesRotationsThatAreNoQuarterTurns)
