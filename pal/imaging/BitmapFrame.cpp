@@ -27,7 +27,10 @@ HRESULT BitmapFrame::GetMetadataQueryReader(IWICMetadataQueryReader** ppReader)
 HRESULT BitmapFrame::CopyPart(const PixelPart& part, std::size_t stride, BYTE* pTarget)
 {
     if (part.width == m_size.width && part.height == m_size.height)
+    {
+        ExpectWholeWrite(pTarget, (part.height - std::size_t{1}) * stride + std::size_t{part.width} * 4);
         return m_pCodec->Decode(m_index, pTarget, stride);
+    }
     const std::size_t cbRow = std::size_t{m_size.width} * 4;
     const std::unique_ptr<BYTE[]> pWhole = TakePixels(std::size_t{m_size.width} * m_size.height);
     const HRESULT hr = m_pCodec->Decode(m_index, pWhole.get(), cbRow);

@@ -2,6 +2,7 @@
 /// What all pictures of the Imaging Component have in common here: they are BGRA with straight alpha.
 #pragma once
 
+#include "pal/imaging/LargePages.h"
 #include "pal/kernel/ComObject.h"
 
 #include <wincodec.h>
@@ -26,10 +27,12 @@ struct PixelPart
 HRESULT CheckCopy(const WICRect* pRect, UINT width, UINT height, UINT stride, UINT cbBuffer, const BYTE* pBuffer,
                   PixelPart& part);
 
-/// Working memory for @p count pixels, not initialised. Throws std::bad_alloc.
+/// Working memory for @p count pixels that will all be written; not initialised. Throws std::bad_alloc.
 inline std::unique_ptr<BYTE[]> TakePixels(std::size_t count)
 {
-    return std::unique_ptr<BYTE[]>(new BYTE[count * 4]);
+    std::unique_ptr<BYTE[]> pPixels(new BYTE[count * 4]);
+    ExpectWholeWrite(pPixels.get(), count * 4);
+    return pPixels;
 }
 
 /// @tparam Derived  offers HRESULT CopyPart(const PixelPart&, std::size_t stride, BYTE* pTarget), which may throw

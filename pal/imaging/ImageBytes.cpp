@@ -2,6 +2,7 @@
 
 #include "pal/imaging/ImageCodec.h"
 #include "pal/imaging/ImageLimits.h"
+#include "pal/imaging/LargePages.h"
 #include "pal/kernel/PathText.h"
 
 #include <wincodec.h>
@@ -49,6 +50,7 @@ ImageBytes Allocate(std::size_t cb, BYTE*& pWritable)
 {
     std::shared_ptr<BYTE[]> pBytes(new BYTE[cb]); // not initialised: the file is read over it
     pWritable = pBytes.get();
+    ExpectWholeWrite(pWritable, cb);
     return {std::move(pBytes), cb};
 }
 } // namespace

@@ -10,7 +10,6 @@
 #include <vector>
 
 struct IWICMetadataQueryReader;
-struct PROPVARIANT;
 
 /// Plays a GIF by times in milliseconds: composes its frames one over the other on a canvas of the logical screen's
 /// size, kept as the raw frame of the base, and lets the base scale and turn the canvas. The animation repeats for
