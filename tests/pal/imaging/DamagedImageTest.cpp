@@ -45,10 +45,12 @@ protected:
         m_bytes.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
         ASSERT_FALSE(m_bytes.empty());
         ResetPeakResidentBytes();
+        m_base = PeakResidentBytes();
     }
-    void TearDown() override { EXPECT_LT(PeakResidentBytes(), kMemoryLimit); }
+    void TearDown() override { EXPECT_LT(PeakResidentBytes(), m_base + kMemoryLimit); }
 
     Bytes m_bytes;
+    std::uint64_t m_base = 0;
 };
 
 std::string NameOf(const testing::TestParamInfo<const char*>& info)
