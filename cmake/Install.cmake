@@ -10,6 +10,7 @@ set(QMX_PUBLIC_HEADERS
   engine/clips/IQMXBaseClip.h
   engine/clips/QMXBaseClip.h
   engine/clips/QMXColorClip.h
+  engine/clips/QMXImageClip.h
   engine/clips/QMXVideoClip.h
   engine/clips/RenderProp.h
   engine/clips/TransparentColorInfo.h
@@ -19,6 +20,8 @@ set(QMX_PUBLIC_HEADERS
   engine/decoders/IDecoder.h
   engine/decoders/media/VideoDecoder.h
   engine/decoders/media/VideoInfo.h
+  engine/decoders/still/GifDecoder.h
+  engine/decoders/still/ImageDecoder.h
   engine/model/ClipFactory.h
   engine/model/IQMXCleaner.h
   engine/model/IQMXDocument.h

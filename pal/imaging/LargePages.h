@@ -15,10 +15,9 @@ namespace pal
 inline void ExpectWholeWrite(void* p, std::size_t cb)
 {
     constexpr std::size_t kWorthwhile = 4U << 20;
-    constexpr std::uintptr_t kPage = 4096;
-    const std::uintptr_t first = (reinterpret_cast<std::uintptr_t>(p) + kPage - 1) / kPage * kPage;
-    const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(p) + cb) / kPage * kPage;
+    constexpr std::size_t kPage = 4096;
+    const std::size_t offset = (kPage - reinterpret_cast<std::uintptr_t>(p) % kPage) % kPage; // to the first whole page
     if (cb >= kWorthwhile)
-        (void)madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
+        (void)madvise(static_cast<std::byte*>(p) + offset, (cb - offset) / kPage * kPage, MADV_HUGEPAGE);
 }
 } // namespace pal
