@@ -150,6 +150,57 @@ void BM_StillJpeg24MpTo1920_OwnScale(benchmark::State& state)
 }
 BENCHMARK(BM_StillJpeg24MpTo1920_OwnScale)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(9);
 
+/// The same photograph, which says that it lies on its side.
+const BenchFile& TurnedPhotograph()
+{
+    static const BenchFile file = []
+    {
+        constexpr std::array<std::uint8_t, 36> kExif{0xFF, 0xE1, 0, 34, 'E', 'x', 'i', 'f', 0,    0, 'I', 'I',
+                                                     '*',  0,    8, 0,  0,   0,   1,   0,   0x12, 1, 3,   0,
+                                                     1,    0,    0, 0,  6,   0,   0,   0,   0,    0, 0,   0};
+        Bytes bytes = Photograph().Content();
+        bytes.insert(bytes.begin() + 2, kExif.begin(), kExif.end());
+        return BenchFile(bytes, "turned.jpg");
+    }();
+    return file;
+}
+
+int ShowTurnedPhotograph()
+{
+    const RefPtr<CImageDecoder> decoder = RefPtr<CImageDecoder>::Adopt(new CImageDecoder);
+    tagDecProp prop(TurnedPhotograph().Path(), 0);
+    prop.width = kShownWidth;
+    bool flag = false;
+    if (!decoder->Initialize(prop))
+        return 0;
+    const SampleBufferPtr frame = SampleBufferPtr::Adopt(decoder->GetClipVideoFrame(0, flag));
+    return frame && frame->GetWidth() == kShownHeight && frame->GetHeight() == kShownWidth ? 1 : 0;
+}
+
+/// The raw loop turns the whole picture, too.
+int DecodeTurnAndScale()
+{
+    static Bytes full(std::size_t{4} * kPhotoWidth * kPhotoHeight);
+    static Bytes turned(full.size());
+    static Bytes scaled(std::size_t{4} * kShownWidth * kShownHeight);
+    const Bytes& jpeg = TurnedPhotograph().Content();
+    const tjhandle turbo = tjInitDecompress();
+    const int decoded = tjDecompress2(turbo, jpeg.data(), static_cast<unsigned long>(jpeg.size()), full.data(),
+                                      kPhotoWidth, 0, kPhotoHeight, TJPF_BGRA, 0);
+    tjDestroy(turbo);
+    libyuv::ARGBRotate(full.data(), kPhotoWidth * 4, turned.data(), kPhotoHeight * 4, kPhotoWidth, kPhotoHeight,
+                       libyuv::kRotate90);
+    libyuv::ARGBScale(turned.data(), kPhotoHeight * 4, kPhotoHeight, kPhotoWidth, scaled.data(), kShownHeight * 4,
+                      kShownHeight, kShownWidth, libyuv::kFilterBox);
+    return decoded == 0 ? 1 : 0;
+}
+
+void BM_StillJpeg24MpTurnedTo1920(benchmark::State& state)
+{
+    qmx::bench::RunPaired(state, ShowTurnedPhotograph, DecodeTurnAndScale);
+}
+BENCHMARK(BM_StillJpeg24MpTurnedTo1920)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(9);
+
 constexpr int kGifWidth = 640;
 constexpr int kGifHeight = 360;
 constexpr int kGifFrames = 60;

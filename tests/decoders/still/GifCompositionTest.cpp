@@ -224,6 +224,17 @@ TEST(GifComposition, FileWithoutATrailerOrCutInAFramePlaysWhatIsThere)
     EXPECT_EQ(cut.At(100).substr(31 * 33), red); // what the frame lacks is transparent
 }
 
+TEST(GifComposition, TenThousandFramesAreComposedOnceEach)
+{
+    TinyGif gif(16, 16);
+    for (int i = 0; i < 10'000; ++i)
+        gif.Control(1, 1).Solid(static_cast<std::uint16_t>(i % 16), 0, 1, 16, static_cast<std::uint8_t>(i & 3));
+    GifPlayer player(gif.End(), 16);
+    ASSERT_TRUE(player.opened);
+    EXPECT_EQ(player.At(9'999 * 90).substr(0, 16), "RGBWRGBWRGBWRGBW");
+    EXPECT_EQ(player.At(0).substr(0, 16), "R...............");
+}
+
 TEST(GifComposition, HeaderAloneIsRefused)
 {
     EXPECT_FALSE(GifPlayer(TinyGif(4, 2).End()).opened);
