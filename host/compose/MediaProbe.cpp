@@ -1,9 +1,9 @@
 #include "host/compose/MediaProbe.h"
 
 #include "host/HostError.h"
+#include "host/system/Platform.h"
 
 #include "engine/decoders/FileKind.h"
-#include "pal/kernel/PathText.h"
 
 #include <cerrno>
 #include <cstring>
@@ -24,11 +24,6 @@ void CheckReadable(const std::filesystem::path& path, const std::string& subject
         throw HostError(ExitCode::Media, subject, prefix + "cannot be opened: " + std::strerror(errno));
 }
 } // namespace
-
-std::wstring EnginePath(const std::filesystem::path& path)
-{
-    return pal::FromPathBytes(path.native());
-}
 
 const tagVideoInfo& MediaProbe::Video(const std::filesystem::path& path, const std::string& subject,
                                       const std::string& prefix)

@@ -1,9 +1,9 @@
 #include "host/compose/PictureFacts.h"
 
+#include "engine/platform/PropVariantElement.h"
 #include "engine/platform/RefPtr.h"
 
 #include <objbase.h>
-#include <propvarutil.h>
 #include <wincodec.h>
 
 #include <algorithm>

@@ -46,7 +46,7 @@ struct PROPVARIANT
         ULONG ulVal;
         LARGE_INTEGER hVal;
         FILETIME filetime;
-        UINT64 uhVal;
+        ULARGE_INTEGER uhVal;
         CAUB caub;
     };
 };

@@ -5,6 +5,7 @@
 #include "engine/platform/ReleaseAndClear.h"
 
 #include <mfapi.h>
+#include <mfidl.h>
 #include <mfreadwrite.h>
 
 #include <algorithm>

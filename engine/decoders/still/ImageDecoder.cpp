@@ -3,10 +3,10 @@
 #include "engine/platform/FramePixels.h"
 #include "engine/platform/NullReference.h"
 #include "engine/platform/PixelUtility.h"
+#include "engine/platform/PropVariantElement.h"
 #include "engine/platform/ReleaseAndClear.h"
 
 #include <objbase.h>
-#include <propvarutil.h>
 #include <wincodec.h>
 
 #include <algorithm>

@@ -60,7 +60,7 @@ TEST(PropVariant, ClearingFreesAVectorAndEmptiesTheVariant)
     ASSERT_NE(value.caub.pElems, nullptr);
     EXPECT_EQ(PropVariantClear(&value), S_OK);
     EXPECT_EQ(value.vt, VT_EMPTY);
-    EXPECT_EQ(value.uhVal, 0U);
+    EXPECT_EQ(value.uhVal.QuadPart, 0U);
     EXPECT_EQ(PropVariantClear(nullptr), S_OK);
 }
 } // namespace
