@@ -13,6 +13,14 @@ if(NOT WIN32)
   find_package(PkgConfig REQUIRED)
   pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat>=59 libavcodec>=59 libavutil>=57.24
                     libswscale>=6 libswresample>=4)
+
+  # The image codecs. giflib ships no pkg-config file.
+  find_package(PNG REQUIRED)
+  pkg_check_modules(IMAGE_CODECS REQUIRED IMPORTED_TARGET
+    libturbojpeg>=2.1 libtiff-4>=4.5 libwebp>=1.2 libwebpdemux>=1.2 libexif>=0.6.22)
+  find_package(GIF 5.2 REQUIRED)
+  add_library(qmx_image_libraries INTERFACE)
+  target_link_libraries(qmx_image_libraries INTERFACE PkgConfig::IMAGE_CODECS PNG::PNG GIF::GIF)
 endif()
 
 if(QMX_BUILD_HOST)

@@ -14,6 +14,7 @@ set(QMX_PUBLIC_HEADERS
   engine/clips/QMXColorClip.h
   engine/clips/QMXTXClip.h
   engine/clips/QMXSoundClip.h
+  engine/clips/QMXImageClip.h
   engine/clips/QMXVideoClip.h
   engine/clips/RenderProp.h
   engine/clips/TransparentColorInfo.h
@@ -24,6 +25,8 @@ set(QMX_PUBLIC_HEADERS
   engine/decoders/media/AudioDecoder.h
   engine/decoders/media/VideoDecoder.h
   engine/decoders/media/VideoInfo.h
+  engine/decoders/still/GifDecoder.h
+  engine/decoders/still/ImageDecoder.h
   engine/model/ClipFactory.h
   engine/model/IQMXCleaner.h
   engine/model/IQMXDocument.h

@@ -4,11 +4,27 @@
 #include "companions/pixelutility/RotateBgra.h"
 #include "companions/pixelutility/ScaleBgra.h"
 #include "companions/pixelutility/kernels/ChromaKey.h"
+#include "companions/pixelutility/kernels/MergeBgra.h"
 #include "engine/platform/PixelUtility.h"
 #include "engine/platform/SampleBuffer.h"
 
+#include <algorithm>
+
 namespace
 {
+/// Part of a side of @p length pixels, laid down at @p at on one of @p limit pixels, that falls on it.
+struct Overlap
+{
+    Overlap(std::uint32_t length, std::int64_t at, std::uint32_t limit)
+        : first(std::clamp<std::int64_t>(-at, 0, length)), end(std::clamp<std::int64_t>(limit - at, first, length))
+    {
+    }
+    std::uint32_t Count() const { return static_cast<std::uint32_t>(end - first); }
+
+    std::int64_t first; ///< counted on the side that is laid down
+    std::int64_t end;
+};
+
 bool IsQuarter(std::uint32_t angle)
 {
     return angle == 90 || angle == 270;
@@ -69,6 +85,34 @@ bool RotateBGRA(const tagSampleInfo* pSource, const tagSampleInfo* pTarget, std:
         return false;
     }
     TurnPicture(source, target, angle);
+    return true;
+}
+
+bool MergeBGRA(const tagSampleInfo* pSource, const tagSampleInfo* pTarget, std::int32_t x, std::int32_t y,
+               std::uint32_t /*option*/)
+{
+    BgraPicture source;
+    BgraPicture target;
+    if (!BgraPicture::FromDescriptor(pSource, source) || !BgraPicture::FromDescriptor(pTarget, target))
+        return false;
+    const Overlap columns(source.width, x, target.width);
+    const Overlap rows(source.height, y, target.height);
+    if (columns.Count() == 0 || rows.Count() == 0)
+        return true;
+    const std::uint32_t count = BandCount(rows.Count(), std::uint64_t{columns.Count()} * rows.Count());
+    ForEachBand(rows.Count(), count,
+                [&](std::uint32_t /*index*/, std::uint32_t first, std::uint32_t end)
+                {
+                    for (std::uint32_t row = first; row < end; ++row)
+                    {
+                        const std::int64_t line = rows.first + row;
+                        const std::uint8_t* const pFrom =
+                            source.Row(static_cast<std::uint32_t>(line)) + columns.first * 4;
+                        std::uint8_t* const pTo =
+                            target.Row(static_cast<std::uint32_t>(line + y)) + (columns.first + x) * 4;
+                        qmx::kernels::MergeBgraRow(pFrom, pTo, columns.Count());
+                    }
+                });
     return true;
 }
 

@@ -15,13 +15,6 @@ namespace
 constexpr std::uint64_t kThumbnailFlags = 8;
 constexpr std::uint32_t kThumbnailWidth = 640;
 constexpr double kThumbnailFrameRate = 30.0;
-
-/// Files whose pictures are composited with their alpha.
-bool CarriesAlpha(const std::wstring& path)
-{
-    return HasExtension(path, L"swf") || HasExtension(path, L"png") || HasExtension(path, L"gif") ||
-           HasExtension(path, L"mov");
-}
 } // namespace
 
 CQMXVideoClip::CQMXVideoClip() : CQMXSoundClip(QMXClipType_Video), m_decoderProp(std::wstring(), 0) {}

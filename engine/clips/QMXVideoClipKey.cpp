@@ -1,6 +1,6 @@
 // The colour key of video clips, and what turns and scales their pictures.
-#include "engine/clips/FramePixels.h"
 #include "engine/clips/QMXVideoClip.h"
+#include "engine/platform/FramePixels.h"
 #include "engine/platform/PixelUtility.h"
 
 #include <cstring>

@@ -2,6 +2,8 @@
 
 #include "engine/decoders/FileKind.h"
 #include "engine/decoders/media/VideoDecoder.h"
+#include "engine/decoders/still/GifDecoder.h"
+#include "engine/decoders/still/ImageDecoder.h"
 #include "engine/platform/CriticalSectionGuard.h"
 #include "engine/platform/NullReference.h"
 
@@ -15,15 +17,27 @@ namespace
 enum class DecoderKind
 {
     None,
+    Gif,
+    Image,
     Video
 };
 
 /// The extension comes before the decoder type: a title or image clip whose path ends in "gif" gets a GIF decoder.
 DecoderKind KindFor(const tagDecProp& prop)
 {
-    if (HasExtension(prop.filePath, L"gif") || HasExtension(prop.filePath, L"swf"))
+    if (HasExtension(prop.filePath, L"gif"))
+        return DecoderKind::Gif;
+    if (HasExtension(prop.filePath, L"swf"))
         return DecoderKind::None;
-    return prop.decoderType == kDecoderVideo ? DecoderKind::Video : DecoderKind::None;
+    switch (prop.decoderType)
+    {
+    case kDecoderVideo:
+        return DecoderKind::Video;
+    case kDecoderImage:
+        return DecoderKind::Image;
+    default:
+        return DecoderKind::None;
+    }
 }
 
 /// Whether the cache can be used: static objects of other modules may still ask when it is gone.
@@ -91,6 +105,10 @@ IDecoder* MakeDecoder(const tagDecProp& prop)
 {
     switch (KindFor(prop))
     {
+    case DecoderKind::Gif:
+        return new CGifDecoder;
+    case DecoderKind::Image:
+        return new CImageDecoder;
     case DecoderKind::Video:
         return new CVideoDecoder;
     case DecoderKind::None:
@@ -103,6 +121,10 @@ bool IsDecoderFor(IDecoder* pDecoder, const tagDecProp& prop)
 {
     switch (KindFor(prop))
     {
+    case DecoderKind::Gif:
+        return dynamic_cast<CGifDecoder*>(pDecoder) != nullptr;
+    case DecoderKind::Image: // of which a GIF decoder is one, too
+        return dynamic_cast<CImageDecoder*>(pDecoder) != nullptr && dynamic_cast<CGifDecoder*>(pDecoder) == nullptr;
     case DecoderKind::Video:
         return dynamic_cast<CVideoDecoder*>(pDecoder) != nullptr;
     case DecoderKind::None:

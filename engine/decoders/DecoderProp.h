@@ -16,6 +16,7 @@ inline constexpr std::uint64_t kTimeUnlimited = std::numeric_limits<std::uint64_
 inline constexpr std::uint64_t kRequestUseCache = 1;     ///< obtain the decoder through the cache
 inline constexpr std::uint64_t kRequestNoAttachment = 2; ///< an attached clip's decoder does not count as ours
 inline constexpr std::uint64_t kRequestSeekBack = 4;     ///< a seek that finds nothing may start one second earlier
+inline constexpr std::uint64_t kRequestNoTimeTable = 8;  ///< a GIF's times are not read: its first frame is enough
 inline constexpr std::uint64_t kRequestOpenOnly = 16;    ///< GetFrame() opens the clip and returns no frame
 
 /// Decoder classes for files that are neither GIF nor Flash.

@@ -18,3 +18,10 @@ inline bool HasExtension(const std::wstring& path, const wchar_t* extension)
 {
     return _wcsicmp(FileExtension(path), extension) == 0;
 }
+
+/// Files whose pictures are composited with their alpha.
+inline bool CarriesAlpha(const std::wstring& path)
+{
+    return HasExtension(path, L"swf") || HasExtension(path, L"png") || HasExtension(path, L"gif") ||
+           HasExtension(path, L"mov");
+}

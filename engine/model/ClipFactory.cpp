@@ -3,6 +3,7 @@
 #include "engine/clips/QMXAudioClip.h"
 #include "engine/clips/QMXBaseClip.h"
 #include "engine/clips/QMXColorClip.h"
+#include "engine/clips/QMXImageClip.h"
 #include "engine/clips/QMXTXClip.h"
 #include "engine/clips/QMXVideoClip.h"
 
@@ -43,6 +44,14 @@ void CopyOwnSettings(IQMXBaseClip& source, IQMXBaseClip& copy)
             CopyVideoSettings(*videoSource, *videoCopy);
         break;
     }
+    case QMXClipType_Image:
+    {
+        auto* const imageSource = dynamic_cast<CQMXImageClip*>(&source);
+        auto* const imageCopy = dynamic_cast<CQMXImageClip*>(&copy);
+        if (imageSource != nullptr && imageCopy != nullptr)
+            imageCopy->SetRotation(imageSource->GetRotation());
+        break;
+    }
     case QMXClipType_Transition:
     {
         auto* const transitionSource = dynamic_cast<CQMXTXClip*>(&source);
@@ -67,6 +76,8 @@ IQMXBaseClip* CreateClipByClipType(QMXClipType type)
         return new (std::nothrow) CQMXVideoClip;
     case QMXClipType_Audio:
         return new (std::nothrow) CQMXAudioClip;
+    case QMXClipType_Image:
+        return new (std::nothrow) CQMXImageClip;
     case QMXClipType_Color:
         return new (std::nothrow) CQMXColorClip;
     case QMXClipType_Transition:

@@ -33,6 +33,11 @@ extern "C"
     /// @return false for any other angle or size: the target is then cleared to transparent black.
     QMX_PIXELUTILITY_API bool RotateBGRA(const tagSampleInfo* pSource, const tagSampleInfo* pTarget,
                                          std::uint32_t angle);
+    /// Lays @p pSource over @p pTarget, its left upper corner at (x, y) of the target: source over, straight alpha on
+    /// both sides. What falls outside the target is left out; nothing may be left.
+    /// @param option  reserved, 0
+    QMX_PIXELUTILITY_API bool MergeBGRA(const tagSampleInfo* pSource, const tagSampleInfo* pTarget, std::int32_t x,
+                                        std::int32_t y, std::uint32_t option);
     /// Soft chroma key, in place. With the chroma (Cb, Cr) of a colour by Rec. ITU-R BT.709, each -0.5 to 0.5:
     ///   kept   = clamp((|chroma - key's chroma| - similarity) / smoothness, 0, 1)
     ///   excess = spill * max(0, chroma along the key's direction), taken away from the colour; its luma stays

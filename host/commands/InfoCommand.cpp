@@ -93,6 +93,37 @@ FileFacts FactsOf(MediaProbe& probe, const std::string& file)
         facts.sound = probe.NeedSound(file, file, "");
     return facts;
 }
+
+std::string TextOf(const std::string& file, const PictureFacts& facts)
+{
+    std::string text = file + ": " + facts.format + ", " + std::to_string(facts.width) + " x " +
+                       std::to_string(facts.height) + ", orientation " + std::to_string(facts.orientation) + ", " +
+                       std::to_string(facts.frames) + (facts.frames == 1 ? " frame" : " frames");
+    if (facts.duration > 0)
+        text += ", " + NumberText(facts.duration) + " s";
+    return text;
+}
+
+nlohmann::ordered_json JsonOf(const std::string& file, const PictureFacts& facts)
+{
+    return {{"file", file},
+            {"format", facts.format},
+            {"width", facts.width},
+            {"height", facts.height},
+            {"orientation", facts.orientation},
+            {"frames", facts.frames},
+            {"duration", facts.duration}};
+}
+
+/// Prints a file's facts, or adds them to the list that is printed in the end.
+void Report(const InfoOptions& options, nlohmann::ordered_json json, const std::string& text,
+            nlohmann::ordered_json& list)
+{
+    if (options.json)
+        list.push_back(std::move(json));
+    else
+        PrintLine(text);
+}
 } // namespace
 
 ExitCode RunInfo(const InfoOptions& options)
@@ -106,11 +137,13 @@ ExitCode RunInfo(const InfoOptions& options)
         ThrowIfInterrupted();
         try
         {
+            if (const PictureFacts* const pPicture = probe.FindPicture(file, file, ""))
+            {
+                Report(options, JsonOf(file, *pPicture), TextOf(file, *pPicture), list);
+                continue;
+            }
             const FileFacts facts = FactsOf(probe, file);
-            if (options.json)
-                list.push_back(facts.Json(file));
-            else
-                PrintLine(facts.Text(file));
+            Report(options, facts.Json(file), facts.Text(file), list);
         }
         catch (const HostError& error)
         {

@@ -52,4 +52,22 @@ std::optional<PictureSize> FitVideo(const VideoShape& shape, std::uint32_t rotat
         return std::nullopt;
     return PictureSize{width, height};
 }
+
+std::optional<std::uint32_t> FitImage(std::uint32_t width, std::uint32_t height, std::uint32_t rotation,
+                                      std::uint32_t boxWidth, std::uint32_t boxHeight)
+{
+    if (rotation == 90 || rotation == 270)
+        std::swap(boxWidth, boxHeight); // the size asked for is the one before the turn
+    const std::uint32_t longer = std::max(width, height);
+    const std::uint32_t shorter = std::min(width, height);
+    if (width < height)
+        std::swap(boxWidth, boxHeight); // from here on the longer side counts first
+    if (shorter < 2)
+        return std::nullopt;
+    // The engine's sides are this exact quotient without its fraction and lowest bit, so they never exceed it.
+    const std::uint64_t byShorter = std::uint64_t{boxHeight} * longer / shorter;
+    const auto side = static_cast<std::uint32_t>(std::min<std::uint64_t>({longer, boxWidth, byShorter}));
+    const bool isSeen = side >= 2 && std::uint64_t{side} * shorter / longer >= 2;
+    return isSeen ? std::optional(side) : std::nullopt;
+}
 } // namespace qmx::host

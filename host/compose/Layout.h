@@ -43,4 +43,12 @@ std::uint32_t VideoHeightForWidth(const VideoShape& shape, std::uint32_t width);
 /// @return nothing when no such picture has at least two rows: the box is too small, or the video too narrow
 std::optional<PictureSize> FitVideo(const VideoShape& shape, std::uint32_t rotation, std::uint32_t boxWidth,
                                     std::uint32_t boxHeight);
+
+/// The request for a picture of @p width x @p height pixels whose frame, turned by @p rotation, lies inside a box: the
+/// length of its longer side. A picture is not enlarged, so that an animation has one size whether a frame of it is
+/// composed or shown again.
+/// @param rotation  degrees: 0, 90, 180 or 270
+/// @return nothing when no such frame has two pixels each way
+std::optional<std::uint32_t> FitImage(std::uint32_t width, std::uint32_t height, std::uint32_t rotation,
+                                      std::uint32_t boxWidth, std::uint32_t boxHeight);
 } // namespace qmx::host

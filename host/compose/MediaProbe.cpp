@@ -3,6 +3,8 @@
 #include "host/HostError.h"
 #include "host/system/Platform.h"
 
+#include "engine/decoders/FileKind.h"
+
 #include <mfapi.h>
 #include <mfreadwrite.h>
 #include <propvarutil.h>
@@ -104,5 +106,27 @@ bool MediaProbe::HasSound(const std::filesystem::path& path)
     {
         return false;
     }
+}
+
+const PictureFacts* MediaProbe::FindPicture(const std::filesystem::path& path, const std::string& subject,
+                                            const std::string& prefix)
+{
+    if (const auto it = m_knownPictures.find(path); it != m_knownPictures.end())
+        return &it->second;
+    CheckReadable(path,
+                  [&](const std::string& reason) { return HostError(ExitCode::Media, subject, prefix + reason); });
+    const std::optional<PictureFacts> facts = ReadPictureFacts(EnginePath(path));
+    return facts ? &m_knownPictures.emplace(path, *facts).first->second : nullptr;
+}
+
+const PictureFacts& MediaProbe::Picture(const std::filesystem::path& path, const std::string& subject,
+                                        const std::string& prefix)
+{
+    const PictureFacts* const pFacts = FindPicture(path, subject, prefix);
+    if (!pFacts)
+        throw HostError(ExitCode::Media, subject, prefix + "holds no picture that can be read");
+    if (HasExtension(EnginePath(path), L"gif") && pFacts->format != "GIF")
+        throw HostError(ExitCode::Media, subject, prefix + "is named as a GIF, but is " + pFacts->format);
+    return *pFacts;
 }
 } // namespace qmx::host

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "engine/qmx.h"
+#include "host/compose/PictureFacts.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -40,7 +41,16 @@ public:
     /// True for a file with sound that can be read. Never throws HostError.
     bool HasSound(const std::filesystem::path& path);
 
+    /// As Video(), for a still picture or an animation that an image clip can show. A name that ends in "gif" must be
+    /// that of a GIF file, as the engine goes by it.
+    const PictureFacts& Picture(const std::filesystem::path& path, const std::string& subject,
+                                const std::string& prefix);
+    /// As Picture(), but null when the file can be read and is no picture.
+    const PictureFacts* FindPicture(const std::filesystem::path& path, const std::string& subject,
+                                    const std::string& prefix);
+
 private:
+    std::map<std::filesystem::path, PictureFacts> m_knownPictures;
     std::map<std::filesystem::path, tagVideoInfo> m_known;
     std::map<std::filesystem::path, std::optional<SoundFacts>> m_sounds;
 };

@@ -14,19 +14,6 @@ namespace qmx::host
 {
 namespace
 {
-QMXClipType TypeOf(ClipKind kind)
-{
-    switch (kind)
-    {
-    case ClipKind::Video:
-        return QMXClipType_Video;
-    case ClipKind::Audio:
-        return QMXClipType_Audio;
-    default:
-        return QMXClipType_Color;
-    }
-}
-
 ClipPlayer::Source SourceOf(const tagVideoInfo& info, const ProjectClip& clip)
 {
     ClipPlayer::Source source;
@@ -38,6 +25,22 @@ ClipPlayer::Source SourceOf(const tagVideoInfo& info, const ProjectClip& clip)
     if (info.dDuration > 0 && info.dDuration < 1e9)
         source.duration = static_cast<std::uint64_t>(std::llround(info.dDuration * 1e7));
     return source;
+}
+
+QMXClipType TypeOf(ClipKind kind)
+{
+    switch (kind)
+    {
+    case ClipKind::Video:
+        return QMXClipType_Video;
+    case ClipKind::Image:
+        return QMXClipType_Image;
+    case ClipKind::Audio:
+        return QMXClipType_Audio;
+    case ClipKind::Color:
+        break;
+    }
+    return QMXClipType_Color;
 }
 
 Layer LayerOf(ISampleBuffer& picture, const PixelBox& box)
@@ -79,6 +82,8 @@ TrackPlayer::TrackPlayer(IQMXDocument& document, MediaProbe& probe, const Projec
             AddVideo(probe, clip);
         else if (clip.kind == ClipKind::Audio)
             AddAudio(probe, clip);
+        else if (clip.kind == ClipKind::Image)
+            AddImage(probe, clip);
         else
             AddColor(clip);
     }
@@ -157,6 +162,25 @@ void TrackPlayer::AddAudio(MediaProbe& probe, const ProjectClip& clip)
     probe.NeedSound(clip.path, m_project.file.string(), prefix);
     AddClip(clip);
     m_clips.emplace_back(*m_pTrack, static_cast<int>(m_clips.size()), 0, 0);
+}
+
+void TrackPlayer::AddImage(MediaProbe& probe, const ProjectClip& clip)
+{
+    const std::string subject = m_project.file.string();
+    const PictureFacts& facts = probe.Picture(clip.path, subject, clip.place + ".path: " + clip.path.string() + ": ");
+    const std::uint32_t mask = facts.format == "GIF" ? ~0U : ~1U; // stills lose an odd column or row
+    const std::optional<std::uint32_t> side =
+        FitImage(facts.width & mask, facts.height & mask, clip.rotation, static_cast<std::uint32_t>(m_box.Width()),
+                 static_cast<std::uint32_t>(m_box.Height()));
+    if (!side)
+        throw HostError(ExitCode::Project, subject,
+                        clip.place + ": a picture of " + std::to_string(facts.width) + " x " +
+                            std::to_string(facts.height) + " cannot be fitted into the track's position");
+    auto* const pImage = dynamic_cast<CQMXImageClip*>(&AddClip(clip));
+    if (!pImage)
+        throw HostError(ExitCode::Failed, subject, clip.place + ": the engine made no image clip");
+    pImage->SetRotation(clip.rotation);
+    m_clips.emplace_back(*m_pTrack, static_cast<int>(m_clips.size()), *side, *side);
 }
 
 void TrackPlayer::AddColor(const ProjectClip& clip)

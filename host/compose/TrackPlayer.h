@@ -43,6 +43,7 @@ private:
     IQMXBaseClip& AddClip(const ProjectClip& clip);
     void AddVideo(MediaProbe& probe, const ProjectClip& clip);
     void AddAudio(MediaProbe& probe, const ProjectClip& clip);
+    void AddImage(MediaProbe& probe, const ProjectClip& clip);
     void AddColor(const ProjectClip& clip);
 
     const Project& m_project;

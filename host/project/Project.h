@@ -18,6 +18,7 @@ inline constexpr double kMaxVolume = 16;
 enum class ClipKind
 {
     Video,
+    Image,
     Color,
     Audio
 };

@@ -20,7 +20,7 @@ namespace
 using Kind = JsonValue::Kind;
 
 constexpr double kMaxFraction = 16; // of the canvas, for boxes and their corners
-constexpr std::array kLaterKinds{"camera", "image", "title", "transition", "keystroke"};
+constexpr std::array kLaterKinds{"camera", "title", "transition", "keystroke"};
 constexpr std::array kLaterFields{"key"};
 
 std::string Quoted(std::string_view text)
@@ -159,27 +159,37 @@ ClipKind ReadKind(ObjectReader& reader)
     const std::string& kind = reader.Need("type", Kind::Text).text;
     if (kind == "video")
         return ClipKind::Video;
+    if (kind == "image")
+        return ClipKind::Image;
     if (kind == "color")
         return ClipKind::Color;
     if (kind == "audio")
         return ClipKind::Audio;
     if (std::find(kLaterKinds.begin(), kLaterKinds.end(), kind) != kLaterKinds.end())
         reader.Fail("type", "clips of the kind " + Quoted(kind) + " are not supported yet");
-    reader.Fail("type", "unknown kind " + Quoted(kind) + ", the known ones are \"video\", \"color\" and \"audio\"");
+    reader.Fail("type",
+                "unknown kind " + Quoted(kind) + ", the known ones are \"video\", \"image\", \"color\" and \"audio\"");
 }
 
-void ReadMediaFields(ObjectReader& reader, ProjectClip& clip, const std::filesystem::path& folder)
+/// What clips of a file have.
+void ReadFileFields(ObjectReader& reader, ProjectClip& clip, const std::filesystem::path& folder)
 {
     const std::string& path = reader.Need("path", Kind::Text).text;
     if (path.empty() || path.find('\0') != std::string::npos)
         reader.Fail("path", "must name a file");
     clip.path = folder / path;
     clip.inPoint = reader.Time("inPoint", reader.Find("inPoint", Kind::Number));
+}
+
+/// What clips have that can be heard.
+void ReadSoundFields(ObjectReader& reader, ProjectClip& clip)
+{
     clip.volume = reader.Volume("volume");
     clip.mute = reader.Flag("mute");
 }
 
-void ReadVideoFields(ObjectReader& reader, ProjectClip& clip)
+/// What clips have that show the pictures of a file.
+void ReadPictureFields(ObjectReader& reader, ProjectClip& clip)
 {
     if (const JsonValue* const pRotation = reader.Find("rotation", Kind::Number))
     {
@@ -187,12 +197,31 @@ void ReadVideoFields(ObjectReader& reader, ProjectClip& clip)
         if (clip.rotation % 90 != 0)
             reader.Fail("rotation", "must be 0, 90, 180 or 270");
     }
+}
+
+void ReadVideoFields(ObjectReader& reader, ProjectClip& clip)
+{
     clip.frameRate = reader.Rate("frameRate");
     for (const char* const pName : kLaterFields)
     {
         if (reader.FindAny(pName))
             reader.Fail(pName, "not supported yet");
     }
+}
+
+/// The fields of the clip's own kind.
+void ReadKindFields(ObjectReader& reader, ProjectClip& clip, const std::filesystem::path& folder)
+{
+    const bool isHeard = clip.kind == ClipKind::Video || clip.kind == ClipKind::Audio;
+    const bool isSeen = clip.kind == ClipKind::Video || clip.kind == ClipKind::Image;
+    if (isHeard || isSeen)
+        ReadFileFields(reader, clip, folder);
+    if (isHeard)
+        ReadSoundFields(reader, clip);
+    if (isSeen)
+        ReadPictureFields(reader, clip);
+    if (clip.kind == ClipKind::Video)
+        ReadVideoFields(reader, clip);
 }
 
 ProjectClip ReadClip(const JsonValue& value, std::string place, const std::filesystem::path& folder,
@@ -214,10 +243,7 @@ ProjectClip ReadClip(const JsonValue& value, std::string place, const std::files
     if (end <= clip.start)
         reader.Fail("duration", "must be greater than 0");
     clip.duration = end - clip.start;
-    if (clip.kind != ClipKind::Color)
-        ReadMediaFields(reader, clip, folder);
-    if (clip.kind == ClipKind::Video)
-        ReadVideoFields(reader, clip);
+    ReadKindFields(reader, clip, folder);
     reader.Finish();
     return clip;
 }

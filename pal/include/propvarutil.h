@@ -4,5 +4,11 @@
 
 #include <propidl.h>
 
-/// Any integer kind as 64 signed bits. @retval E_INVALIDARG not an integer, or too large
-extern "C" HRESULT PropVariantToInt64(const PROPVARIANT& variant, LONGLONG* pValue);
+extern "C"
+{
+    /// Any integer kind as 64 signed bits. @retval E_INVALIDARG not an integer, or too large
+    HRESULT PropVariantToInt64(const PROPVARIANT& variant, LONGLONG* pValue);
+    /// Element @p index of a VT_UI2; a single value counts as its element 0.
+    /// @retval E_INVALIDARG another kind, or no such element; *pValue is 0 then
+    HRESULT PropVariantGetUInt16Elem(const PROPVARIANT& variant, ULONG index, USHORT* pValue);
+}

@@ -1,11 +1,26 @@
+#include <objbase.h>
 #include <propvarutil.h>
 
 #include <cstdint>
 
 extern "C" HRESULT PropVariantClear(PROPVARIANT* pVariant)
 {
-    if (pVariant != nullptr)
-        PropVariantInit(pVariant); // none of the kinds declared owns memory
+    if (pVariant == nullptr)
+        return S_OK;
+    if (pVariant->vt == (VT_VECTOR | VT_UI1)) // the one kind that owns memory
+        CoTaskMemFree(pVariant->caub.pElems);
+    PropVariantInit(pVariant);
+    return S_OK;
+}
+
+extern "C" HRESULT PropVariantGetUInt16Elem(const PROPVARIANT& variant, ULONG index, USHORT* pValue)
+{
+    if (pValue == nullptr)
+        return E_POINTER;
+    *pValue = 0;
+    if (variant.vt != VT_UI2 || index != 0)
+        return E_INVALIDARG;
+    *pValue = variant.uiVal;
     return S_OK;
 }
 
@@ -15,6 +30,12 @@ extern "C" HRESULT PropVariantToInt64(const PROPVARIANT& variant, LONGLONG* pVal
         return E_POINTER;
     switch (variant.vt)
     {
+    case VT_UI1:
+        *pValue = variant.bVal;
+        return S_OK;
+    case VT_UI2:
+        *pValue = variant.uiVal;
+        return S_OK;
     case VT_I4:
         *pValue = variant.lVal;
         return S_OK;

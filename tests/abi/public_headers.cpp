@@ -8,8 +8,9 @@ constexpr unsigned long long kSizes[] = {sizeof(tagSampleInfo), sizeof(tagTransp
                                          sizeof(tagRenderProp), sizeof(tagTxEffectParam)};
 
 void CallOneOfEach(IQMXDocument& document, IQMXTrack& track, IQMXCleaner& cleaner, IQMXBaseClip& clip,
-                   CQMXVideoClip& videoClip, CQMXColorClip& colorClip, CQMXTXClip& transitionClip, IDecoder& decoder,
-                   CVideoDecoder& videoDecoder, ISampleBuffer& buffer)
+                   CQMXVideoClip& videoClip, CQMXColorClip& colorClip, CQMXTXClip& transitionClip,
+                   CQMXImageClip& imageClip, IDecoder& decoder, CVideoDecoder& videoDecoder,
+                   CImageDecoder& imageDecoder, CGifDecoder& gifDecoder, ISampleBuffer& buffer)
 {
     document.GetTrackCount();
     track.GetClipCount();
@@ -20,5 +21,9 @@ void CallOneOfEach(IQMXDocument& document, IQMXTrack& track, IQMXCleaner& cleane
     transitionClip.GetFromClip();
     decoder.AddRef();
     videoDecoder.GetLastFrame();
+    imageClip.GetRotation();
+    imageDecoder.GetLastFrame();
+    bool flag = false;
+    gifDecoder.GetClipVideoFrame(0, flag);
     buffer.AddRef();
 }

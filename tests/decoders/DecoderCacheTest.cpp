@@ -2,6 +2,8 @@
 
 #include "engine/decoders/Decoder.h"
 #include "engine/decoders/media/VideoDecoder.h"
+#include "engine/decoders/still/GifDecoder.h"
+#include "engine/decoders/still/ImageDecoder.h"
 #include "tests/decoders/NullReference.h"
 #include "tests/decoders/media/FakeMedia.h"
 #include "tests/model/AllocationFailure.h"
@@ -81,6 +83,34 @@ TEST_F(DecoderCache, TypeZeroMakesAVideoDecoder)
     EXPECT_FALSE(IsDecoderFor(nullptr, Record()));
     const DecoderPtr other = DecoderPtr::Adopt(new CDecoder);
     EXPECT_FALSE(IsDecoderFor(other.Get(), Record()));
+}
+
+TEST_F(DecoderCache, ExtensionComesBeforeTheDecoderType)
+{
+    for (const wchar_t* const path : {L"clip.GIF", L"gif", L"a.b.gif"})
+    {
+        for (const std::uint32_t type : {kDecoderVideo, kDecoderTitle, kDecoderImage, 99U})
+        {
+            const tagDecProp prop = Record(path, type);
+            const DecoderPtr decoder = Get(path, prop);
+            EXPECT_NE(dynamic_cast<CGifDecoder*>(decoder.Get()), nullptr) << path << ' ' << type;
+            EXPECT_TRUE(IsDecoderFor(decoder.Get(), prop));
+            EXPECT_FALSE(IsDecoderFor(decoder.Get(), Record(L"a.png", kDecoderImage)));
+            RemoveDecoder(path);
+        }
+    }
+    EXPECT_FALSE(Get(L"flash", Record(L"a.swf", kDecoderImage))); // not there yet
+}
+
+TEST_F(DecoderCache, TypeFourMakesAnImageDecoder)
+{
+    const tagDecProp prop = Record(L"a.png", kDecoderImage);
+    const DecoderPtr decoder = Get(L"key", prop);
+    EXPECT_NE(dynamic_cast<CImageDecoder*>(decoder.Get()), nullptr);
+    EXPECT_EQ(dynamic_cast<CGifDecoder*>(decoder.Get()), nullptr);
+    EXPECT_TRUE(IsDecoderFor(decoder.Get(), prop));
+    EXPECT_FALSE(IsDecoderFor(decoder.Get(), Record(L"a.gif")));
+    EXPECT_FALSE(IsDecoderFor(decoder.Get(), Record(L"a.png")));
 }
 
 TEST_F(DecoderCache, RecordWithoutAClassGivesNullAndNoEntry)

@@ -101,5 +101,25 @@ TEST(FitVideo, GivesNothingWhereNoTwoRowsFit)
     EXPECT_EQ(FitVideo({1920, 1080, 1, 0}, 0, 100, 100), std::nullopt);
     EXPECT_NE(FitVideo({16, 16384, 1, 1}, 0, 100, 2048), std::nullopt);
 }
+
+TEST(FitImage, FitsTheLongerSideAndNeverEnlarges)
+{
+    EXPECT_EQ(FitImage(4000, 3000, 0, 1920, 1080), 1440U); // 1440 x 1080
+    EXPECT_EQ(FitImage(3000, 4000, 0, 1920, 1080), 1080U);
+    EXPECT_EQ(FitImage(4000, 1000, 0, 1920, 1080), 1920U);
+    EXPECT_EQ(FitImage(4000, 3000, 90, 1920, 1080), 1080U); // lies on its side: 810 x 1080
+    EXPECT_EQ(FitImage(3000, 4000, 270, 1920, 1080), 1440U);
+    EXPECT_EQ(FitImage(640, 480, 180, 1920, 1080), 640U);
+    EXPECT_EQ(FitImage(100, 100, 0, 100, 100), 100U);
+}
+
+TEST(FitImage, GivesNothingWhereNoTwoPixelsAreLeft)
+{
+    EXPECT_EQ(FitImage(1, 100, 0, 1920, 1080), std::nullopt);
+    EXPECT_EQ(FitImage(0, 0, 0, 1920, 1080), std::nullopt);
+    EXPECT_EQ(FitImage(4000, 2, 0, 1920, 1080), std::nullopt);
+    EXPECT_EQ(FitImage(100, 100, 0, 1, 100), std::nullopt);
+}
+
 } // namespace
 } // namespace qmx::host

@@ -252,12 +252,11 @@ TEST(ProjectReader, RefusesClipsThatOverlapOnATrack)
 
 TEST(ProjectReader, TellsKindsThatAreNotSupportedYetFromUnknownOnes)
 {
-    for (const char* const pKind : {"camera", "image", "title", "transition", "keystroke"})
+    for (const char* const pKind : {"camera", "title", "transition", "keystroke"})
         EXPECT_EQ(ErrorWith("\"color\"", '"' + std::string(pKind) + '"'),
                   "tracks[0].clips[1].type: clips of the kind \"" + std::string(pKind) + "\" are not supported yet");
-    EXPECT_EQ(
-        ErrorWith("\"color\"", "\"colour\""),
-        "tracks[0].clips[1].type: unknown kind \"colour\", the known ones are \"video\", \"color\" and \"audio\"");
+    EXPECT_EQ(ErrorWith("\"color\"", "\"colour\""), "tracks[0].clips[1].type: unknown kind \"colour\", the known ones "
+                                                    "are \"video\", \"image\", \"color\" and \"audio\"");
     EXPECT_EQ(ErrorWith("\"rotation\": 90", "\"key\": {}"), "tracks[0].clips[0].key: not supported yet");
 }
 
@@ -300,6 +299,22 @@ TEST(ProjectReader, RefusesSoundThatMakesNoSense)
               "tracks[0].clips[0].rotation: unknown field");
     EXPECT_EQ(ErrorOf(WithClips(R"({"type": "color", "start": 0, "duration": 1, "volume": 1})")),
               "tracks[0].clips[0].volume: unknown field");
+}
+
+TEST(ProjectReader, ReadsImageClips)
+{
+    const Project project = ProjectReader::Parse(
+        WithClips(R"({"type": "image", "path": "a.gif", "start": 1, "duration": 2, "inPoint": 0.5, "rotation": 270})"),
+        "folder/p.json");
+    const ProjectClip& clip = project.tracks[0].clips[0];
+    EXPECT_EQ(clip.kind, ClipKind::Image);
+    EXPECT_EQ(clip.path, "folder/a.gif");
+    EXPECT_EQ(clip.inPoint, 5'000'000U);
+    EXPECT_EQ(clip.rotation, 270U);
+    EXPECT_EQ(ErrorOf(WithClips(R"({"type": "image", "start": 0, "duration": 1})")),
+              "tracks[0].clips[0].path: is missing");
+    EXPECT_EQ(ErrorOf(WithClips(R"({"type": "image", "path": "a", "start": 0, "duration": 1, "frameRate": 30})")),
+              "tracks[0].clips[0].frameRate: unknown field");
 }
 
 TEST(ProjectReader, RefusesRotationsThatAreNoQuarterTurns)

@@ -3,6 +3,7 @@
 #include "engine/clips/QMXAudioClip.h"
 #include "engine/clips/QMXBaseClip.h"
 #include "engine/clips/QMXColorClip.h"
+#include "engine/clips/QMXImageClip.h"
 #include "engine/clips/QMXVideoClip.h"
 #include "engine/model/IQMXTrack.h"
 #include "tests/model/AllocationFailure.h"
@@ -37,6 +38,10 @@ TEST(CreateClipByClipType, MakesTheClassOfEachKind)
     EXPECT_EQ(video->GetClipType(), QMXClipType_Video);
     EXPECT_NE(dynamic_cast<CQMXColorClip*>(color.get()), nullptr);
     EXPECT_EQ(color->GetClipType(), QMXClipType_Color);
+    const ClipPtr image(CreateClipByClipType(QMXClipType_Image));
+    ASSERT_NE(dynamic_cast<CQMXImageClip*>(image.get()), nullptr);
+    EXPECT_EQ(image->GetClipType(), QMXClipType_Image);
+    EXPECT_EQ(dynamic_cast<CQMXImageClip*>(image.get())->GetRotation(), 0U);
 }
 
 TEST(CreateClipByClipType, UnknownKindGivesNull)
@@ -50,13 +55,15 @@ TEST(CreateClipByClipType, ShortMemoryGivesNull)
     const CAllocationFailure failure;
     EXPECT_EQ(CreateClipByClipType(QMXClipType_Base), nullptr);
     EXPECT_EQ(CreateClipByClipType(QMXClipType_Video), nullptr);
+    EXPECT_EQ(CreateClipByClipType(QMXClipType_Image), nullptr);
     EXPECT_EQ(CreateClipByClipType(QMXClipType_Color), nullptr);
     EXPECT_EQ(CreateClipByClipType(QMXClipType_Audio), nullptr);
 }
 
 TEST(DuplicateClip, TakesTheCommonSettingsButNoIdentity)
 {
-    for (const QMXClipType type : {QMXClipType_Base, QMXClipType_Video, QMXClipType_Audio, QMXClipType_Color})
+    for (const QMXClipType type : {QMXClipType_Base, QMXClipType_Video, QMXClipType_Image, QMXClipType_Audio,
+                                   QMXClipType_Color, QMXClipType_Transition})
     {
         const std::unique_ptr<IQMXTrack> track(CreateQMXTrack(3, QMXTrackType{}, 4, tagPIPPOSITION{}));
         IQMXBaseClip* const source = CreateClipByClipType(type);
@@ -118,6 +125,16 @@ TEST(DuplicateClip, OfAVideoClipWithoutColorKeyHasNone)
     ASSERT_NE(video, nullptr);
     EXPECT_TRUE(video->IsTransparentColorOn());
     EXPECT_EQ(video->GetTransparentColor(), nullptr);
+}
+
+TEST(DuplicateClip, OfAnImageClipTakesTheRotation)
+{
+    CQMXImageClip source;
+    source.SetRotation(90);
+    const ClipPtr copy(DuplicateClip(&source));
+    auto* const image = dynamic_cast<CQMXImageClip*>(copy.get());
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(image->GetRotation(), 90U);
 }
 
 TEST(DuplicateClip, OfAColorClipHasNoFrameYet)

@@ -1,6 +1,7 @@
 #include "engine/decoders/media/VideoDecoder.h"
 
 #include "engine/platform/PixelUtility.h"
+#include "engine/platform/ReleaseAndClear.h"
 #include "engine/platform/ReturnIfFailed.h"
 
 #include <d3d10.h>
@@ -18,12 +19,6 @@
 
 namespace
 {
-template <class T> void ReleaseAndClear(T*& p)
-{
-    if (T* const old = std::exchange(p, nullptr))
-        old->Release();
-}
-
 bool IsTurnedBySide(std::uint32_t rotation)
 {
     return rotation == 90 || rotation == 270;

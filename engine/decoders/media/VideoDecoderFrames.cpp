@@ -2,6 +2,7 @@
 #include "engine/decoders/media/VideoDecoder.h"
 #include "engine/platform/NullReference.h"
 #include "engine/platform/PixelUtility.h"
+#include "engine/platform/ReleaseAndClear.h"
 
 #include <mfapi.h>
 #include <mfidl.h>
@@ -21,12 +22,6 @@ constexpr std::uint64_t kMaxPixelBytes = 1ULL << 30;
 /// Reads in a row that bring no later time before the stream is given up: a gap is skipped, a broken one is not
 /// waited for.
 constexpr int kMaxStalledReads = 1'000;
-
-template <class T> void ReleaseAndClear(T*& p)
-{
-    if (T* const old = std::exchange(p, nullptr))
-        old->Release();
-}
 
 /// One more reference on @p p for a caller; null stays null.
 ISampleBuffer* Share(ISampleBuffer* p)

@@ -1,0 +1,2 @@
+target_sources(qmx_bench PRIVATE StillBench.cpp)
+target_link_libraries(qmx_bench PRIVATE qmx_engine_static qmx_image_libraries qmx_libyuv)
