@@ -11,6 +11,7 @@ target_link_libraries(qmx_libyuv INTERFACE ${LIBYUV_LIBRARY})
 
 if(NOT WIN32)
   pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat>=59 libavcodec>=59 libavutil>=57 libswscale>=6)
+  pkg_check_modules(PANGO REQUIRED IMPORTED_TARGET pangocairo>=1.50 cairo>=1.16 harfbuzz)
 endif()
 
 if(QMX_BUILD_HOST)
