@@ -10,6 +10,8 @@ set(QMX_PUBLIC_HEADERS
   engine/clips/IQMXBaseClip.h
   engine/clips/QMXBaseClip.h
   engine/clips/QMXColorClip.h
+  engine/clips/QMXKeystrokeClip.h
+  engine/clips/QMXTitleClip.h
   engine/clips/QMXVideoClip.h
   engine/clips/RenderProp.h
   engine/clips/TransparentColorInfo.h
@@ -19,6 +21,11 @@ set(QMX_PUBLIC_HEADERS
   engine/decoders/IDecoder.h
   engine/decoders/media/VideoDecoder.h
   engine/decoders/media/VideoInfo.h
+  engine/decoders/still/KeystrokeDecoder.h
+  engine/decoders/still/KeystrokeInfo.h
+  engine/decoders/still/TextCanvas.h
+  engine/decoders/still/TitleDecoder.h
+  engine/decoders/still/TitleTextInfo.h
   engine/model/ClipFactory.h
   engine/model/IQMXCleaner.h
   engine/model/IQMXDocument.h

@@ -2,6 +2,8 @@
 
 #include "engine/decoders/FileKind.h"
 #include "engine/decoders/media/VideoDecoder.h"
+#include "engine/decoders/still/KeystrokeDecoder.h"
+#include "engine/decoders/still/TitleDecoder.h"
 #include "engine/platform/CriticalSectionGuard.h"
 #include "engine/platform/NullReference.h"
 
@@ -15,7 +17,9 @@ namespace
 enum class DecoderKind
 {
     None,
-    Video
+    Video,
+    Title,
+    Keystroke
 };
 
 /// The extension comes before the decoder type: a title or image clip whose path ends in "gif" gets a GIF decoder.
@@ -23,7 +27,17 @@ DecoderKind KindFor(const tagDecProp& prop)
 {
     if (HasExtension(prop.filePath, L"gif") || HasExtension(prop.filePath, L"swf"))
         return DecoderKind::None;
-    return prop.decoderType == kDecoderVideo ? DecoderKind::Video : DecoderKind::None;
+    switch (prop.decoderType)
+    {
+    case kDecoderVideo:
+        return DecoderKind::Video;
+    case kDecoderTitle:
+        return DecoderKind::Title;
+    case kDecoderKeystroke:
+        return DecoderKind::Keystroke;
+    default:
+        return DecoderKind::None;
+    }
 }
 
 /// Whether the cache can be used: static objects of other modules may still ask when it is gone.
@@ -93,6 +107,10 @@ IDecoder* MakeDecoder(const tagDecProp& prop)
     {
     case DecoderKind::Video:
         return new CVideoDecoder;
+    case DecoderKind::Title:
+        return new CTitleDecoder;
+    case DecoderKind::Keystroke:
+        return new CKeystrokeDecoder;
     case DecoderKind::None:
         break;
     }
@@ -105,6 +123,10 @@ bool IsDecoderFor(IDecoder* pDecoder, const tagDecProp& prop)
     {
     case DecoderKind::Video:
         return dynamic_cast<CVideoDecoder*>(pDecoder) != nullptr;
+    case DecoderKind::Title:
+        return dynamic_cast<CTitleDecoder*>(pDecoder) != nullptr;
+    case DecoderKind::Keystroke:
+        return dynamic_cast<CKeystrokeDecoder*>(pDecoder) != nullptr;
     case DecoderKind::None:
         break;
     }

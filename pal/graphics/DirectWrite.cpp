@@ -116,6 +116,7 @@ private:
 } // namespace pal
 
 extern "C" HRESULT DWriteCreateFactory(DWRITE_FACTORY_TYPE, REFIID iid, IUnknown** ppFactory)
+try
 {
     if (ppFactory == nullptr)
         return E_POINTER;
@@ -127,4 +128,8 @@ extern "C" HRESULT DWriteCreateFactory(DWRITE_FACTORY_TYPE, REFIID iid, IUnknown
     const HRESULT hr = pFactory->QueryInterface(iid, reinterpret_cast<void**>(ppFactory));
     pFactory->Release();
     return hr;
+}
+catch (const std::bad_alloc&)
+{
+    return E_OUTOFMEMORY;
 }

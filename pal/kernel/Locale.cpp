@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cwchar>
+#include <new>
 #include <string>
 
 namespace
@@ -43,10 +44,15 @@ const char* EnvironmentLocale()
 } // namespace
 
 extern "C" int GetSystemDefaultLocaleName(LPWSTR localeName, int cchLocaleName)
+try
 {
     const std::wstring tag = LanguageTag(EnvironmentLocale());
     if (localeName == nullptr || cchLocaleName < 0 || static_cast<std::size_t>(cchLocaleName) <= tag.size())
         return 0;
     std::wmemcpy(localeName, tag.c_str(), tag.size() + 1);
     return static_cast<int>(tag.size()) + 1;
+}
+catch (const std::bad_alloc&)
+{
+    return 0;
 }
