@@ -397,6 +397,11 @@ public:
             return static_cast<ID3D11Device*>(this);
         return iid == IID_ID3D10Multithread ? static_cast<ID3D10Multithread*>(&m_side) : nullptr;
     }
+    HRESULT STDMETHODCALLTYPE CreateTexture2D(const D3D11_TEXTURE2D_DESC*, const D3D11_SUBRESOURCE_DATA*,
+                                              ID3D11Texture2D**) override
+    {
+        return E_NOTIMPL; // films are decoded on it, nothing is drawn
+    }
     D3D_FEATURE_LEVEL STDMETHODCALLTYPE GetFeatureLevel() override { return D3D_FEATURE_LEVEL_11_0; }
     UINT STDMETHODCALLTYPE GetCreationFlags() override { return D3D11_CREATE_DEVICE_VIDEO_SUPPORT; }
 
