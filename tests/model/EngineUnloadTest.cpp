@@ -1,4 +1,5 @@
 // A program that loads the engine at run time: what the cache still holds goes when the library is unloaded.
+#include "engine/clips/QMXTitleClip.h"
 #include "engine/decoders/IDecoder.h"
 #include "engine/platform/SampleBuffer.h"
 
@@ -7,6 +8,7 @@
 #include <dlfcn.h>
 #include <link.h>
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,6 +36,43 @@ void PinLibrariesBelowTheEngine()
         &names);
     for (const std::string& name : names)
         dlopen(name.c_str(), RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
+/// Loads the engine, draws a title and unloads it. @return whether something was to be seen on it
+bool DrawTitleWithFreshEngine()
+{
+    void* const library = dlopen(QMX_ENGINE_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr)
+        return false;
+    using CreateFunction = IQMXBaseClip* (*)(QMXClipType);
+    const auto create = reinterpret_cast<CreateFunction>(dlsym(library, "_Z20CreateClipByClipType11QMXClipType"));
+    auto* const clip = create != nullptr ? static_cast<CQMXTitleClip*>(create(QMXClipType_Title)) : nullptr;
+    bool visible = false;
+    if (clip != nullptr)
+    {
+        auto* const item = new tagQMXTitleTextInfo;
+        item->text = L"text";
+        item->textLength = 4;
+        item->fontName = L"DejaVu Sans";
+        clip->AddTitleText(item);
+        tagRenderProp request;
+        request.width = 320;
+        request.height = 288;
+        const SampleBufferPtr frame = SampleBufferPtr::Adopt(clip->GetFrame(request, 0, nullptr));
+        std::uint8_t* pixels = nullptr;
+        std::uint32_t cb = 0;
+        if (frame && frame->GetBuffer(&pixels, &cb))
+            visible = std::any_of(pixels, pixels + cb, [](std::uint8_t byte) { return byte != 0; });
+        delete clip;
+    }
+    dlclose(library);
+    return visible && dlopen(QMX_ENGINE_LIBRARY, RTLD_NOW | RTLD_NOLOAD) == nullptr;
+}
+
+TEST(EngineLibrary, DrawsTextAgainWhenItIsLoadedAgain)
+{
+    for (int round = 0; round < 3; ++round)
+        EXPECT_TRUE(DrawTitleWithFreshEngine()) << round;
 }
 
 TEST(EngineLibrary, ReleasesTheDecodersOfTheCacheWhenItIsUnloaded)
