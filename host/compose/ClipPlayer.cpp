@@ -47,7 +47,7 @@ void ClipPlayer::Close(bool forget)
 {
     IQMXBaseClip& clip = *m_track.GetClip(m_index);
     clip.Close();
-    if (forget && m_isVideo)
+    if (forget)
         RemoveDecoder(clip.GetDecoderKey());
 }
 

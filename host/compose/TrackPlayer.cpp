@@ -26,6 +26,22 @@ ClipPlayer::Source SourceOf(const tagVideoInfo& info, const ProjectClip& clip)
     return source;
 }
 
+QMXClipType TypeOf(ClipKind kind)
+{
+    switch (kind)
+    {
+    case ClipKind::Video:
+        return QMXClipType_Video;
+    case ClipKind::Title:
+        return QMXClipType_Title;
+    case ClipKind::Keystroke:
+        return QMXClipType_Keystroke;
+    case ClipKind::Color:
+        break;
+    }
+    return QMXClipType_Color;
+}
+
 Layer LayerOf(ISampleBuffer& picture, const PixelBox& box)
 {
     std::uint8_t* pPixels = nullptr;
@@ -64,7 +80,7 @@ TrackPlayer::TrackPlayer(IQMXDocument& document, MediaProbe& probe, const Projec
         if (clip.kind == ClipKind::Video)
             AddVideo(probe, clip);
         else
-            AddColor(clip);
+            AddGenerated(clip);
     }
     std::set<std::filesystem::path> later;
     m_lastOfFile.resize(track.clips.size());
@@ -98,8 +114,7 @@ void TrackPlayer::Advance(std::uint64_t time)
 
 IQMXBaseClip& TrackPlayer::AddClip(const ProjectClip& clip)
 {
-    const QMXClipType type = clip.kind == ClipKind::Video ? QMXClipType_Video : QMXClipType_Color;
-    std::unique_ptr<IQMXBaseClip> pClip(CreateClipByClipType(type));
+    std::unique_ptr<IQMXBaseClip> pClip(CreateClipByClipType(TypeOf(clip.kind)));
     if (!pClip)
         throw std::bad_alloc();
     pClip->SetStartTime(clip.start);
@@ -133,11 +148,22 @@ void TrackPlayer::AddVideo(MediaProbe& probe, const ProjectClip& clip)
     m_clips.emplace_back(*m_pTrack, static_cast<int>(m_clips.size()), size->width, size->height, source);
 }
 
-void TrackPlayer::AddColor(const ProjectClip& clip)
+/// A clip whose pictures fill the track's box: they are made, not read.
+void TrackPlayer::AddGenerated(const ProjectClip& clip)
 {
-    AddClip(clip);
+    IQMXBaseClip& added = AddClip(clip);
+    if (auto* const pTitle = dynamic_cast<CQMXTitleClip*>(&added))
+    {
+        for (const tagQMXTitleTextInfo& text : clip.texts)
+            pTitle->AddTitleText(std::make_unique<tagQMXTitleTextInfo>(text).release());
+    }
+    if (auto* const pKeystrokes = dynamic_cast<CQMXKeystrokeClip*>(&added))
+    {
+        pKeystrokes->SetLeftAndTopAndWidth(clip.strip.left, clip.strip.top, clip.strip.width);
+        for (const tagQMXKeystrokeInfo& keystroke : clip.keystrokes)
+            pKeystrokes->AddKeystroke(std::make_unique<tagQMXKeystrokeInfo>(keystroke).release());
+    }
     m_clips.emplace_back(*m_pTrack, static_cast<int>(m_clips.size()), static_cast<std::uint32_t>(m_box.Width()),
                          static_cast<std::uint32_t>(m_box.Height()));
 }
-
 } // namespace qmx::host

@@ -42,7 +42,7 @@ public:
 private:
     IQMXBaseClip& AddClip(const ProjectClip& clip);
     void AddVideo(MediaProbe& probe, const ProjectClip& clip);
-    void AddColor(const ProjectClip& clip);
+    void AddGenerated(const ProjectClip& clip);
 
     const Project& m_project;
     const ProjectTrack& m_description;

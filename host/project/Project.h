@@ -2,6 +2,8 @@
 /// A project as its file describes it: plain records, checked by ProjectReader.
 #pragma once
 
+#include "engine/decoders/still/KeystrokeInfo.h"
+#include "engine/decoders/still/TitleTextInfo.h"
 #include "host/project/FrameRate.h"
 
 #include <cstdint>
@@ -17,7 +19,17 @@ inline constexpr std::uint32_t kMaxCanvasSide = 16'384; ///< pixels, each way
 enum class ClipKind
 {
     Video,
-    Color
+    Color,
+    Title,
+    Keystroke
+};
+
+/// Corner and length of the strip of keystroke labels, in fractions of the track's box.
+struct KeystrokeStrip
+{
+    float left = 0;
+    float top = 0;
+    float width = 1;
 };
 
 struct ProjectClip
@@ -30,6 +42,9 @@ struct ProjectClip
     std::filesystem::path path;         ///< of the media, already joined to the project file's folder
     std::uint32_t rotation = 0;         ///< degrees clockwise: 0, 90, 180 or 270
     std::optional<FrameRate> frameRate; ///< when absent, that of the media
+    std::vector<tagQMXTitleTextInfo> texts;
+    std::vector<tagQMXKeystrokeInfo> keystrokes; ///< by start time
+    KeystrokeStrip strip;
 
     std::uint64_t End() const { return start + duration; }
 };

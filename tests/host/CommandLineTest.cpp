@@ -111,7 +111,7 @@ TEST_F(CommandLine, AWrongCommandLineIsTwoAndSaysWhatIsWrong)
 TEST_F(CommandLine, ABadProjectIsThreeForEveryCommandThatReadsOne)
 {
     WriteProject(R"({"width": 64, "height": 48, "frameRate": 30, "tracks": [{"id": 1, "clips":
-        [{"type": "title", "start": 0, "duration": 1}]}]})");
+        [{"type": "audio", "start": 0, "duration": 1}]}]})");
     const std::vector<std::vector<std::string>> commands = {{"render", Project(), "-o", Name("a.mp4")},
                                                             {"frame", Project(), "--at", "0", "-o", Name("a.png")},
                                                             {"sheet", Project(), "-o", Name("a.png")},
@@ -121,7 +121,7 @@ TEST_F(CommandLine, ABadProjectIsThreeForEveryCommandThatReadsOne)
         const QmxRun run(arguments);
         EXPECT_EQ(run.ExitCode(), kProject) << arguments[0];
         EXPECT_EQ(run.Errors(), "qmx: " + Project() +
-                                    ": tracks[0].clips[0].type: clips of the kind \"title\" are not supported yet\n");
+                                    ": tracks[0].clips[0].type: clips of the kind \"audio\" are not supported yet\n");
         EXPECT_EQ(run.Output(), "");
     }
     ExpectNothingLeft();
