@@ -103,16 +103,22 @@ std::uint8_t* Texture::PixelAt(int x, int y)
 
 void Texture::Clear()
 {
-    for (int y = m_content.top; y < m_content.bottom; ++y)
-        std::memset(PixelAt(m_content.left, y), 0, RowBytes(m_content));
+    for (const PixelRect& rect : m_content)
+    {
+        for (int y = rect.top; y < rect.bottom; ++y)
+            std::memset(PixelAt(rect.left, y), 0, RowBytes(rect));
+    }
     m_content = {};
 }
 
 void Texture::CopyFrom(Texture& source)
 {
-    const PixelRect changed = Around(m_content, source.m_content);
-    for (int y = changed.top; y < changed.bottom; ++y)
-        std::memcpy(PixelAt(changed.left, y), source.PixelAt(changed.left, y), RowBytes(changed));
+    m_content.Add(source.m_content); // where there was something, or is now
+    for (const PixelRect& rect : m_content)
+    {
+        for (int y = rect.top; y < rect.bottom; ++y)
+            std::memcpy(PixelAt(rect.left, y), source.PixelAt(rect.left, y), RowBytes(rect));
+    }
     m_content = source.m_content;
 }
 
@@ -131,7 +137,7 @@ HRESULT Texture::Map(DXGI_MAPPED_RECT* pLockedRect, UINT mapFlags)
         return DXGI_ERROR_INVALID_CALL;
     m_mapped = true;
     if (writes)
-        m_content = Bounds();
+        m_content.Add(Bounds());
     *pLockedRect = {static_cast<INT>(Stride()), m_pPixels};
     return S_OK;
 }

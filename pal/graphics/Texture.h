@@ -2,7 +2,7 @@
 /// Textures of the software device: pictures in memory.
 #pragma once
 
-#include "pal/graphics/PixelRect.h"
+#include "pal/graphics/ContentArea.h"
 #include "pal/kernel/ComObject.h"
 
 #include <d3d11.h>
@@ -42,8 +42,8 @@ private:
     Texture& m_texture;
 };
 
-/// BGRA rows without padding. The texture knows in which rectangle pixels may be something else than transparent black,
-/// so that clearing and copying touch no more than that: an overlay is mostly empty.
+/// BGRA rows without padding. The texture knows in which rectangles pixels may be something else than transparent
+/// black, so that clearing and copying touch no more than that: an overlay is mostly empty.
 class Texture final : public ComObject<Texture, ID3D11Texture2D, ID3D11Resource, ID3D11DeviceChild>
 {
 public:
@@ -60,7 +60,7 @@ public:
     std::uint8_t* Pixels() { return m_pPixels; }
 
     /// Says that pixels in @p rect have been written.
-    void AddContent(const PixelRect& rect) { m_content = Around(m_content, Common(rect, Bounds())); }
+    void AddContent(const PixelRect& rect) { m_content.Add(Common(rect, Bounds())); }
     /// Makes everything transparent black.
     void Clear();
     /// Takes over the pixels of @p source, which has this texture's size.
@@ -84,7 +84,7 @@ private:
     TextureSurface m_surface{*this};
     Memory m_memory;
     std::uint8_t* m_pPixels; ///< in it, aligned to 64 bytes
-    PixelRect m_content;     ///< outside of it everything is transparent black
+    ContentArea m_content;   ///< outside of it everything is transparent black
     bool m_mapped = false;
 };
 
