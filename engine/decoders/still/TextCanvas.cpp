@@ -119,10 +119,11 @@ bool CTextCanvas::CreateDeviceAndFactories()
     if (FAILED(D2D1CreateFactory(D2D1_FACTORY_TYPE_SINGLE_THREADED, IID_ID2D1Factory, nullptr, &pFactory)))
         return false;
     m_pD2DFactory = static_cast<ID2D1Factory*>(pFactory);
-    IUnknown* pText = nullptr;
-    if (FAILED(DWriteCreateFactory(DWRITE_FACTORY_TYPE_SHARED, IID_IDWriteFactory4, &pText)))
+    // The function takes another kind of pointer than the macro gives, and not every import library has the identifier.
+    const auto create = [](REFIID iid, void** ppFactory)
+    { return DWriteCreateFactory(DWRITE_FACTORY_TYPE_SHARED, iid, reinterpret_cast<IUnknown**>(ppFactory)); };
+    if (FAILED(create(IID_PPV_ARGS(&m_pDWriteFactory))))
         return false;
-    m_pDWriteFactory = static_cast<IDWriteFactory4*>(pText);
     return true;
 }
 
@@ -273,7 +274,7 @@ bool CTextCanvas::ShowFrame()
     if (m_bShown && m_vecShown == m_vecFrame)
         return true;
     HRESULT hr = DrawFrame();
-    if (hr == D2DERR_RECREATE_TARGET)
+    if (hr == static_cast<HRESULT>(D2DERR_RECREATE_TARGET)) // an unsigned macro in some headers
     {
         // The device is gone: another driver, another screen. Layouts belong to no device.
         Release();
