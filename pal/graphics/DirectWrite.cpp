@@ -105,12 +105,10 @@ private:
     bool HasFonts()
     {
         const auto lock = m_pFonts->Lock();
-        m_hasFonts = m_hasFonts || m_pFonts->HasFonts();
-        return m_hasFonts;
+        return m_pFonts->HasFonts();
     }
 
     std::shared_ptr<FontService> m_pFonts;
-    bool m_hasFonts = false; ///< under the fonts' lock
 };
 } // namespace
 } // namespace pal

@@ -23,15 +23,11 @@ void SaySilentlyNothing(const char*, GLogLevelFlags, const char*, void*) {}
 std::shared_ptr<FontService> FontService::Get()
 {
     static std::mutex mutex;
-    static std::weak_ptr<FontService> shared;
+    static std::shared_ptr<FontService> shared; // layouts that outlive it at the end of the process hold their own
     const std::lock_guard guard(mutex);
-    std::shared_ptr<FontService> service = shared.lock();
-    if (service == nullptr)
-    {
-        service.reset(new (std::nothrow) FontService);
-        shared = service;
-    }
-    return service;
+    if (shared == nullptr)
+        shared.reset(new (std::nothrow) FontService);
+    return shared;
 }
 
 FontService::FontService()
@@ -50,22 +46,23 @@ FontService::~FontService()
 
 bool FontService::HasFonts()
 {
+    if (m_hasFonts)
+        return true;
     PangoFontFamily** ppFamilies = nullptr;
     int families = 0;
     pango_font_map_list_families(m_pFontMap, &ppFamilies, &families);
     // Pango adds its aliases (Sans, Serif, Monospace, System-ui) even when no font stands behind them.
-    bool any = false;
-    for (int i = 0; i < families && !any; ++i)
+    for (int i = 0; i < families && !m_hasFonts; ++i)
     {
         PangoFontFace** ppFaces = nullptr;
         int faces = 0;
         pango_font_family_list_faces(ppFamilies[i], &ppFaces, &faces);
-        for (int k = 0; k < faces && !any; ++k)
-            any = pango_font_face_is_synthesized(ppFaces[k]) == FALSE;
+        for (int k = 0; k < faces && !m_hasFonts; ++k)
+            m_hasFonts = pango_font_face_is_synthesized(ppFaces[k]) == FALSE;
         g_free(ppFaces);
     }
     g_free(ppFamilies);
-    return any;
+    return m_hasFonts;
 }
 
 PangoContext* FontService::MakeContext()

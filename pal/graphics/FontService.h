@@ -9,9 +9,9 @@
 
 namespace pal
 {
-/// One for the process, alive while something uses it. Pango's font maps, and all that was made with one, belong to one
-/// thread at a time; decoders draw on several. So every call of Pango happens under this object's lock, the release of
-/// layouts and fonts included.
+/// One for the process, from its first use on: fonts that have been found and loaded once serve the next text. Pango's
+/// font maps, and all that was made with one, belong to one thread at a time; decoders draw on several. So every call
+/// of Pango happens under this object's lock, the release of layouts and fonts included.
 class FontService
 {
 public:
@@ -33,6 +33,7 @@ private:
 
     std::mutex m_mutex;
     PangoFontMap* m_pFontMap;  // owns one reference
+    bool m_hasFonts = false;   ///< false also means that nobody has looked
     unsigned m_logHandler = 0; ///< keeps Pango's remarks off the console
 };
 } // namespace pal
