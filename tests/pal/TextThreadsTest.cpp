@@ -29,12 +29,13 @@ TEST(TextOnSeveralThreads, ComesOutAsOnOne)
         expected.push_back(alone.DrawOne(n));
     std::vector<std::thread> threads;
     std::vector<int> same(4, 0);
+    std::vector<TextThreads> drawers(same.size()); // made here: GoogleTest's fixtures touch its settings
     for (std::size_t t = 0; t < same.size(); ++t)
     {
         threads.emplace_back(
             [&, t]
             {
-                TextThreads own;
+                TextThreads& own = drawers[t];
                 for (int n = 0; n < kTexts; ++n)
                     same[t] += own.DrawOne((n + static_cast<int>(t)) % kTexts) ==
                                expected[(static_cast<std::size_t>(n) + t) % kTexts];
