@@ -286,7 +286,10 @@ TextLayout::Line TextLayout::Measure(PangoLayoutLine* pLine, double& ascent, dou
     int ranges = 0;
     pango_layout_line_get_x_ranges(pLine, static_cast<int>(end), static_cast<int>(whole), &pRanges, &ranges);
     for (int i = 0; i < ranges; ++i)
-        line.width -= (pRanges[2 * i + 1] - pRanges[2 * i]) / kUnits;
+    {
+        const int* const pRange = pRanges + static_cast<std::ptrdiff_t>(i) * 2;
+        line.width -= (pRange[1] - pRange[0]) / kUnits;
+    }
     g_free(pRanges);
     line.width = end == start ? 0 : std::max(line.width, 0.0);
     return line;

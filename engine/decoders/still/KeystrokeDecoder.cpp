@@ -19,7 +19,8 @@ constexpr std::uint32_t kStripMargin = 10;
 /// @p pixels of the reference height on a frame of @p height rows, rounded down to whole ones.
 float WholePixels(std::uint32_t height, std::uint32_t pixels)
 {
-    return static_cast<float>(static_cast<std::int32_t>(height * pixels) / 288);
+    const std::int32_t whole = static_cast<std::int32_t>(height * pixels) / 288;
+    return static_cast<float>(whole);
 }
 } // namespace
 
