@@ -14,8 +14,9 @@ namespace
 constexpr double kUnits = PANGO_SCALE;  // Pango's units to the pixel
 constexpr double kMaxWrapWidth = 1e6;   // pixels; Pango counts 1/1024 pixel in 31 bits
 constexpr double kFarAway = 1e6;        // pixels; Cairo's coordinates end at 2^23
-constexpr double kMaxPicturePixels = 2; // a text's picture may have this many times the target's pixels
-constexpr int kTabEms = 4;              // distance of tabulators
+constexpr double kMaxPicturePixels = 2; // a text's pictures may have this many times the target's pixels
+constexpr std::size_t kMaxPictures = 4;
+constexpr int kTabEms = 4; // distance of tabulators
 
 void PutUtf8(std::string& text, std::uint32_t c)
 {
@@ -107,7 +108,7 @@ TextLayout::TextLayout(std::shared_ptr<FontService> pFonts, TextStyle style, std
 TextLayout::~TextLayout()
 {
     const auto lock = m_pFonts->Lock();
-    DropPicture();
+    DropPictures();
     g_object_unref(m_pLayout);
 }
 
@@ -222,7 +223,7 @@ void TextLayout::Arrange()
 {
     if (m_arranged)
         return;
-    DropPicture();
+    DropPictures();
     m_lines.clear();
     pango_layout_set_justify(m_pLayout, m_style.alignment == DWRITE_TEXT_ALIGNMENT_JUSTIFIED);
     m_lineTops = 0;
@@ -240,6 +241,7 @@ void TextLayout::Arrange()
     }
     if (m_lines.empty())
         m_left = 0;
+    m_ink = FindInk();
     m_arranged = true;
 }
 
@@ -310,8 +312,7 @@ double TextLayout::LeftOf(double lineWidth) const
 
 // ---- drawing -----------------------------------------------------------------------------------------------------
 
-/// What the lines may cover, from the leftmost line's edge and the first baseline. Under the lock, arranged.
-PixelRect TextLayout::InkRect() const
+PixelRect TextLayout::FindInk() const
 {
     PixelRect ink;
     for (const Line& line : m_lines)
@@ -346,19 +347,34 @@ void TextLayout::DrawLines(cairo_t* pTarget)
     }
 }
 
-void TextLayout::DropPicture()
+void TextLayout::DropPictures()
 {
-    if (m_pPicture != nullptr)
-        cairo_surface_destroy(m_pPicture);
-    m_pPicture = nullptr;
+    for (const Picture& picture : m_pictures)
+        cairo_surface_destroy(picture.pSurface);
+    m_pictures.clear();
 }
 
-bool TextLayout::MakePicture(const PixelRect& ink, std::uint32_t color)
+/// @return borrowed; null when there is none in this colour.
+cairo_surface_t* TextLayout::FindPicture(std::uint32_t color) const
 {
-    DropPicture();
-    cairo_surface_t* const pPicture = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, ink.Width(), ink.Height());
+    const auto found = std::find_if(m_pictures.begin(), m_pictures.end(),
+                                    [color](const Picture& picture) { return picture.color == color; });
+    return found != m_pictures.end() ? found->pSurface : nullptr;
+}
+
+/// Draws the text in a colour, in place of the oldest picture where there are @p maxPictures (at least 1). Under the
+/// lock, arranged. @return borrowed; null when memory is short
+cairo_surface_t* TextLayout::MakePicture(std::uint32_t color, std::size_t maxPictures)
+{
+    m_pictures.reserve(kMaxPictures);
+    while (m_pictures.size() >= maxPictures)
+    {
+        cairo_surface_destroy(m_pictures.front().pSurface);
+        m_pictures.erase(m_pictures.begin());
+    }
+    cairo_surface_t* const pPicture = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, m_ink.Width(), m_ink.Height());
     cairo_t* const pDrawing = cairo_create(pPicture);
-    cairo_translate(pDrawing, -ink.left, -ink.top);
+    cairo_translate(pDrawing, -m_ink.left, -m_ink.top);
     cairo_set_source_rgb(pDrawing, Channel(color, 16), Channel(color, 8), Channel(color, 0));
     DrawLines(pDrawing);
     const bool good = cairo_status(pDrawing) == CAIRO_STATUS_SUCCESS;
@@ -366,13 +382,11 @@ bool TextLayout::MakePicture(const PixelRect& ink, std::uint32_t color)
     if (!good)
     {
         cairo_surface_destroy(pPicture);
-        return false;
+        return nullptr;
     }
     cairo_surface_flush(pPicture);
-    m_pPicture = pPicture;
-    m_pictureRect = ink;
-    m_pictureColor = color;
-    return true;
+    m_pictures.push_back({pPicture, color});
+    return pPicture;
 }
 
 PixelRect TextLayout::Draw(cairo_t* pTarget, const PixelRect& bounds, float x, float y, const Ink& ink)
@@ -383,19 +397,23 @@ PixelRect TextLayout::Draw(cairo_t* pTarget, const PixelRect& bounds, float x, f
         return {};
     const int originX = Floor(x + m_left + 0.5);
     const int originY = Floor(y + m_lines.front().baseline + 0.5);
-    const PixelRect rect = m_pPicture != nullptr ? m_pictureRect : InkRect();
-    const PixelRect seen =
-        Common({rect.left + originX, rect.top + originY, rect.right + originX, rect.bottom + originY}, bounds);
-    if (rect.IsEmpty() || seen.IsEmpty())
+    const PixelRect placed{m_ink.left + originX, m_ink.top + originY, m_ink.right + originX, m_ink.bottom + originY};
+    const PixelRect seen = Common(placed, bounds);
+    if (m_ink.IsEmpty() || seen.IsEmpty())
         return {};
 
-    const double pixels = static_cast<double>(rect.Width()) * rect.Height();
-    const double allowed = kMaxPicturePixels * bounds.Width() * bounds.Height();
-    const bool kept = m_pPicture != nullptr && m_pictureColor == ink.color;
-    if (kept || (pixels <= allowed && MakePicture(rect, ink.color)))
+    cairo_surface_t* pPicture = FindPicture(ink.color);
+    if (pPicture == nullptr)
+    {
+        const double allowed = kMaxPicturePixels * bounds.Width() * bounds.Height();
+        const double pictures = allowed / (static_cast<double>(m_ink.Width()) * m_ink.Height());
+        if (pictures >= 1)
+            pPicture = MakePicture(ink.color, static_cast<std::size_t>(std::min<double>(pictures, kMaxPictures)));
+    }
+    if (pPicture != nullptr)
     {
         lock.unlock();
-        cairo_set_source_surface(pTarget, m_pPicture, rect.left + originX, rect.top + originY);
+        cairo_set_source_surface(pTarget, pPicture, placed.left, placed.top);
         cairo_pattern_set_filter(cairo_get_source(pTarget), CAIRO_FILTER_NEAREST);
         cairo_paint_with_alpha(pTarget, ink.alpha);
         cairo_set_source_rgb(pTarget, 0, 0, 0); // lets go of the picture

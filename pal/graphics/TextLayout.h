@@ -58,9 +58,10 @@ private:
     Line Measure(PangoLayoutLine* pLine, double& ascent, double& descent);
     double LeftOf(double lineWidth) const;
     void DrawLines(cairo_t* pTarget);
-    PixelRect InkRect() const;
-    bool MakePicture(const PixelRect& ink, std::uint32_t color);
-    void DropPicture();
+    PixelRect FindInk() const;
+    cairo_surface_t* FindPicture(std::uint32_t color) const;
+    cairo_surface_t* MakePicture(std::uint32_t color, std::size_t maxPictures);
+    void DropPictures();
 
     std::shared_ptr<FontService> m_pFonts;
     TextStyle m_style;
@@ -71,10 +72,16 @@ private:
     PangoLayout* m_pLayout = nullptr;     // owns one reference
     bool m_arranged = false;
     std::vector<Line> m_lines;
-    double m_left = 0;                     ///< of the leftmost line
-    double m_lineTops = 0;                 ///< sum of the lines' heights
-    cairo_surface_t* m_pPicture = nullptr; // owns one reference; null until drawn
-    PixelRect m_pictureRect;               ///< its place, from the leftmost line's edge and the first baseline
-    std::uint32_t m_pictureColor = 0;
+    double m_left = 0;     ///< of the leftmost line
+    double m_lineTops = 0; ///< sum of the lines' heights
+    /// The drawn text. A text and its shadow are the same layout in two colours.
+    struct Picture
+    {
+        cairo_surface_t* pSurface; // owns one reference
+        std::uint32_t color;
+    };
+    std::vector<Picture> m_pictures; ///< oldest first
+    PixelRect
+        m_ink; ///< what the lines may cover, and the pictures' place: from the leftmost line and the first baseline
 };
 } // namespace pal

@@ -113,6 +113,28 @@ TEST_F(TextDrawing, HasTheBrushsColourAndOpacity)
     EXPECT_EQ(pixels[middle + 2], 0xFF);
 }
 
+TEST_F(TextDrawing, OneLayoutInManyColoursHasEachOfThem)
+{
+    const ComPtr<IDWriteTextLayout> p = Layout(L"█", L"DejaVu Sans", 30, 600);
+    // More colours than a layout keeps pictures, twice over.
+    pTarget->BeginDraw();
+    pTarget->Clear(nullptr);
+    for (int i = 0; i < 14; ++i)
+    {
+        const auto level = static_cast<float>(i % 7 + 1) / 8;
+        pTarget->DrawTextLayout({static_cast<float>(40 * i), 20}, p.Get(), Brush(level, 1 - level, 0, 1).Get(),
+                                D2D1_DRAW_TEXT_OPTIONS_NONE);
+    }
+    ASSERT_EQ(pTarget->EndDraw(), S_OK);
+    const std::vector<std::uint8_t> pixels = Read();
+    for (int i = 0; i < 14; ++i)
+    {
+        const std::uint8_t* const pPixel = pixels.data() + static_cast<std::ptrdiff_t>(40 * kWidth + 40 * i + 10) * 4;
+        EXPECT_NEAR(pPixel[2], 255.0 * (i % 7 + 1) / 8, 1) << i;
+        EXPECT_NEAR(pPixel[1], 255.0 * (7 - i % 7) / 8, 1) << i;
+    }
+}
+
 TEST_F(TextDrawing, UnderlinesTheRangeThatIsAskedFor)
 {
     const ComPtr<IDWriteTextLayout> p = Layout(L"HHHH", L"DejaVu Sans", 60, 600);
