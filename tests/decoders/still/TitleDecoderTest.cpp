@@ -458,6 +458,20 @@ TEST_F(CTitleDecoderTest, ADecoderWithoutASizeHasNoFrames)
     EXPECT_TRUE(text_test::Take(fresh->GetClipVideoFrame(0, flag)).IsTransparent());
 }
 
+TEST_F(CTitleDecoderTest, ACopyOfADecoderThatIsNotOpenWorksByItself)
+{
+    tagQMXTitleTextInfo item = Item(L"Hill");
+    const RefPtr<CTitleDecoder> source = RefPtr<CTitleDecoder>::Adopt(new CTitleDecoder);
+    source->InitializeTitleText({&item}, 7);
+    const RefPtr<CTitleDecoder> copy = RefPtr<CTitleDecoder>::Adopt(new CTitleDecoder(*source.Get()));
+    EXPECT_TRUE(copy->IsShowing({&item}));
+    copy->Initialize(Record(640, 288, kDecoderTitle));
+    copy->InitializeTitleText({&item}, 7);
+    bool flag = false;
+    EXPECT_FALSE(text_test::Take(copy->GetClipVideoFrame(0, flag)).IsTransparent());
+    EXPECT_EQ(source->GetClipVideoFrame(0, flag), nullptr);
+}
+
 TEST_F(CTitleDecoderTest, ShortMemoryGivesNoFrameAndNoHarm)
 {
     tagQMXTitleTextInfo item = Item(L"A text that is long enough to need memory of its own");
