@@ -11,10 +11,11 @@ namespace pal
 {
 namespace
 {
-constexpr double kUnits = PANGO_SCALE;  // Pango's units to the pixel
-constexpr double kMaxWrapWidth = 1e6;   // pixels; Pango counts 1/1024 pixel in 31 bits
-constexpr double kFarAway = 1e6;        // pixels; Cairo's coordinates end at 2^23
-constexpr double kMaxPicturePixels = 2; // a text's pictures may have this many times the target's pixels
+constexpr double kUnits = PANGO_SCALE;            // Pango's units to the pixel
+constexpr double kMaxWrapWidth = 1e6;             // pixels; Pango counts 1/1024 pixel in 31 bits
+constexpr double kFarAway = 1e6;                  // pixels; Cairo's coordinates end at 2^23
+constexpr double kMaxPicturePixels = 2;           // a text's pictures may have this many times the target's pixels
+constexpr double kMostPicturePixels = 16'777'216; // and no more than this: 64 MiB
 constexpr std::size_t kMaxPictures = 4;
 constexpr int kTabEms = 4; // distance of tabulators
 
@@ -405,7 +406,7 @@ PixelRect TextLayout::Draw(cairo_t* pTarget, const PixelRect& bounds, float x, f
     cairo_surface_t* pPicture = FindPicture(ink.color);
     if (pPicture == nullptr)
     {
-        const double allowed = kMaxPicturePixels * bounds.Width() * bounds.Height();
+        const double allowed = std::min(kMaxPicturePixels * bounds.Width() * bounds.Height(), kMostPicturePixels);
         const double pictures = allowed / (static_cast<double>(m_ink.Width()) * m_ink.Height());
         if (pictures >= 1)
             pPicture = MakePicture(ink.color, static_cast<std::size_t>(std::min<double>(pictures, kMaxPictures)));
