@@ -1,15 +1,16 @@
-find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
-pkg_check_modules(LIBHWY REQUIRED IMPORTED_TARGET libhwy)
+find_package(hwy CONFIG REQUIRED)
 
-# libyuv ships no pkg-config file.
+# libyuv ships neither a pkg-config file nor a CMake package.
 find_path(LIBYUV_INCLUDE_DIR libyuv.h REQUIRED)
-find_library(LIBYUV_LIBRARY yuv REQUIRED)
+find_library(LIBYUV_LIBRARY NAMES yuv libyuv REQUIRED)
 add_library(qmx_libyuv INTERFACE)
 target_include_directories(qmx_libyuv SYSTEM INTERFACE ${LIBYUV_INCLUDE_DIR})
 target_link_libraries(qmx_libyuv INTERFACE ${LIBYUV_LIBRARY})
 
+# The system's own services: on Windows its libraries, elsewhere what the platform layer is built on.
 if(NOT WIN32)
+  find_package(PkgConfig REQUIRED)
   pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat>=59 libavcodec>=59 libavutil>=57 libswscale>=6)
   pkg_check_modules(PANGO REQUIRED IMPORTED_TARGET pangocairo>=1.50 cairo>=1.16 harfbuzz)
 endif()
@@ -18,5 +19,6 @@ if(QMX_BUILD_HOST)
   find_package(CLI11 REQUIRED)
   find_package(nlohmann_json 3.9 REQUIRED)
   find_package(PNG REQUIRED)
-  pkg_check_modules(LIBXXHASH REQUIRED IMPORTED_TARGET libxxhash>=0.8)
+  # The host compiles it in: the header is the whole library.
+  find_path(XXHASH_INCLUDE_DIR xxhash.h REQUIRED)
 endif()

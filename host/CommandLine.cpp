@@ -6,11 +6,10 @@
 #include "host/commands/RenderCommand.h"
 #include "host/commands/SheetCommand.h"
 #include "host/output/ContactSheet.h"
+#include "host/system/Platform.h"
 #include "host/system/StandardOutput.h"
 
 #include <CLI/CLI.hpp>
-
-#include <unistd.h>
 
 namespace qmx::host
 {
@@ -112,7 +111,7 @@ ProgressMode ModeOf(const Options& options)
 {
     if (!options.progress.empty())
         return ProgressMode::Json;
-    return !options.noProgress && isatty(STDERR_FILENO) ? ProgressMode::Terminal : ProgressMode::None;
+    return !options.noProgress && IsErrorOnTerminal() ? ProgressMode::Terminal : ProgressMode::None;
 }
 } // namespace
 
@@ -121,6 +120,7 @@ ExitCode RunCommandLine(int count, const char* const* arguments)
     CLI::App app("Renders and inspects projects of the QMX engine.", "qmx");
     app.set_version_flag("--version", "qmx " QMX_VERSION);
     app.require_subcommand(1);
+    app.allow_windows_style_options(false); // "/name" is a file, on Windows too
     Options options;
     const CLI::App* const pRender = AddRender(app, options);
     const CLI::App* const pFrame = AddFrame(app, options);

@@ -1,5 +1,6 @@
 #include "host/CommandLine.h"
 #include "host/system/Interrupt.h"
+#include "host/system/Platform.h"
 #include "host/system/StandardError.h"
 
 #include <exception>
@@ -9,6 +10,7 @@ int main(int argc, char** argv)
 {
     using namespace qmx::host;
     CatchInterrupts();
+    KeepLineEnds();
     const auto fail = [](const HostError& error)
     {
         PrintError(error);

@@ -1,8 +1,7 @@
 #include "host/compose/MediaProbe.h"
 
 #include "host/HostError.h"
-
-#include "pal/kernel/PathText.h"
+#include "host/system/Platform.h"
 
 #include <cerrno>
 #include <cstring>
@@ -10,11 +9,6 @@
 
 namespace qmx::host
 {
-std::wstring EnginePath(const std::filesystem::path& path)
-{
-    return pal::FromPathBytes(path.native());
-}
-
 const tagVideoInfo& MediaProbe::Video(const std::filesystem::path& path, const std::string& subject,
                                       const std::string& prefix)
 {

@@ -10,9 +10,6 @@
 
 namespace qmx::host
 {
-/// A path as the engine takes it; any bytes survive.
-std::wstring EnginePath(const std::filesystem::path& path);
-
 /// Finds out about each file once. Needs running media services (EngineSession).
 class MediaProbe
 {

@@ -3,6 +3,7 @@
 #include "host/HostError.h"
 #include "host/compose/Layout.h"
 #include "host/project/Decimal.h"
+#include "host/system/Platform.h"
 
 #include <algorithm>
 #include <cmath>

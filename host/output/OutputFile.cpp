@@ -2,12 +2,11 @@
 
 #include "host/HostError.h"
 #include "host/project/Project.h"
+#include "host/system/Platform.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace qmx::host
 {
@@ -21,13 +20,11 @@ int CreateBeside(const fs::path& target, fs::path& created)
 {
     for (int attempt = 0; attempt < 100; ++attempt)
     {
-        const std::string name = ".qmx-" + std::to_string(::getpid()) + '-' + std::to_string(attempt) + ".tmp";
+        const std::string name = ".qmx-" + ProcessNumber() + '-' + std::to_string(attempt) + ".tmp";
         created = target.parent_path() / name;
-        const int file = ::open(created.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666);
-        if (file >= 0)
-            return ::close(file) == 0 ? 0 : errno;
-        if (errno != EEXIST)
-            return errno;
+        const int error = CreateNewFile(created);
+        if (error != EEXIST)
+            return error;
     }
     return EEXIST;
 }
@@ -53,14 +50,17 @@ OutputFile::OutputFile(const fs::path& target) : m_name(target), m_target(target
 
 OutputFile::~OutputFile()
 {
+    std::error_code ignored;
     if (!m_committed)
-        ::unlink(m_temporary.c_str());
+        fs::remove(m_temporary, ignored);
 }
 
 void OutputFile::Commit()
 {
-    if (::rename(m_temporary.c_str(), m_target.c_str()) != 0)
-        FailWith(errno);
+    std::error_code error;
+    fs::rename(m_temporary, m_target, error);
+    if (error)
+        FailWith(error.value());
     m_committed = true;
 }
 

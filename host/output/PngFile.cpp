@@ -61,7 +61,7 @@ void WritePng(const Canvas& picture, const std::filesystem::path& target)
 {
     OutputFile output(target);
     errno = 0;
-    std::unique_ptr<std::FILE, FileCloser> pFile(std::fopen(output.Path().c_str(), "wbe"));
+    std::unique_ptr<std::FILE, FileCloser> pFile(std::fopen(output.Path().string().c_str(), "wbe"));
     if (!pFile || !WriteFile(pFile.get(), picture) || std::fflush(pFile.get()) != 0)
         output.FailWith(errno != 0 ? errno : EIO);
     if (std::fclose(pFile.release()) != 0)

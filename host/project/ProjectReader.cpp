@@ -3,8 +3,7 @@
 #include "host/HostError.h"
 #include "host/project/Decimal.h"
 #include "host/project/JsonTree.h"
-
-#include "pal/kernel/PathText.h"
+#include "host/system/Platform.h"
 
 #include <algorithm>
 #include <array>
@@ -146,7 +145,7 @@ public:
     std::wstring Characters(std::string_view name)
     {
         const JsonValue* const pField = Find(name, Kind::Text);
-        return pField ? pal::FromPathBytes(pField->text) : std::wstring();
+        return pField ? EngineText(pField->text) : std::wstring();
     }
     /// "#rrggbb" as 0x00RRGGBB.
     std::uint32_t Color(std::string_view name, std::uint32_t otherwise)

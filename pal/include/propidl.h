@@ -28,7 +28,7 @@ struct PROPVARIANT
         ULONG ulVal;
         LARGE_INTEGER hVal;
         FILETIME filetime;
-        UINT64 uhVal;
+        ULARGE_INTEGER uhVal;
     };
 };
 

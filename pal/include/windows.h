@@ -70,6 +70,16 @@ union LARGE_INTEGER
     LONGLONG QuadPart;
 };
 
+union ULARGE_INTEGER
+{
+    struct
+    {
+        DWORD LowPart;
+        DWORD HighPart;
+    } u;
+    ULONGLONG QuadPart;
+};
+
 struct GUID
 {
     std::uint32_t Data1;

@@ -25,9 +25,9 @@ extern "C" HRESULT PropVariantToInt64(const PROPVARIANT& variant, LONGLONG* pVal
         *pValue = variant.hVal.QuadPart;
         return S_OK;
     case VT_UI8:
-        if (variant.uhVal > static_cast<UINT64>(INT64_MAX))
+        if (variant.uhVal.QuadPart > static_cast<UINT64>(INT64_MAX))
             return E_INVALIDARG;
-        *pValue = static_cast<LONGLONG>(variant.uhVal);
+        *pValue = static_cast<LONGLONG>(variant.uhVal.QuadPart);
         return S_OK;
     default:
         return E_INVALIDARG;

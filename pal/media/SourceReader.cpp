@@ -260,7 +260,7 @@ HRESULT SourceReader::GetPresentationAttribute(DWORD streamIndex, REFGUID key, P
     if (streamIndex != MF_SOURCE_READER_MEDIASOURCE || key != MF_PD_DURATION || m_pFile->GetDuration() == 0)
         return MF_E_ATTRIBUTENOTFOUND;
     pValue->vt = VT_UI8;
-    pValue->uhVal = m_pFile->GetDuration();
+    pValue->uhVal.QuadPart = m_pFile->GetDuration();
     return S_OK;
 }
 } // namespace pal

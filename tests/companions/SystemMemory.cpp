@@ -1,7 +1,8 @@
 #include "tests/companions/SystemMemory.h"
 
+#include "tests/support/AlignedMemory.h"
+
 #include <atomic>
-#include <cstdlib>
 #include <new>
 
 namespace
@@ -12,7 +13,7 @@ std::atomic<int> s_failures = 0;
 void* Allocate(std::size_t cb, std::size_t alignment)
 {
     s_allocations.fetch_add(1);
-    return std::aligned_alloc(alignment, (cb + alignment - 1) / alignment * alignment);
+    return test_support::AlignedAllocate(cb, alignment);
 }
 
 void* AllocateOrThrow(std::size_t cb, std::size_t alignment)
@@ -49,17 +50,17 @@ void* operator new(std::size_t cb, std::align_val_t alignment, const std::nothro
 }
 void operator delete(void* p) noexcept
 {
-    std::free(p);
+    test_support::AlignedFree(p);
 }
 void operator delete(void* p, std::size_t /*cb*/) noexcept
 {
-    std::free(p);
+    test_support::AlignedFree(p);
 }
 void operator delete(void* p, std::align_val_t /*alignment*/) noexcept
 {
-    std::free(p);
+    test_support::AlignedFree(p);
 }
 void operator delete(void* p, std::size_t /*cb*/, std::align_val_t /*alignment*/) noexcept
 {
-    std::free(p);
+    test_support::AlignedFree(p);
 }

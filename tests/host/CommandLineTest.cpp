@@ -4,12 +4,12 @@
 #include "tests/host/TemporaryFolder.h"
 #include "tests/support/Picture.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <csignal>
 #include <fstream>
+#include <regex>
 #include <sstream>
 
 namespace qmx::host
@@ -43,6 +43,12 @@ protected:
     TemporaryFolder m_folder;
 };
 
+/// GoogleTest's own regular expressions know fewer operators on some systems.
+bool Matches(const std::string& text, const char* pPattern)
+{
+    return std::regex_match(text, std::regex(pPattern));
+}
+
 std::vector<std::string> Lines(const std::string& text)
 {
     std::vector<std::string> lines;
@@ -64,7 +70,7 @@ TEST_F(CommandLine, HelpAndVersionGoToStandardOutput)
     EXPECT_NE(command.Output().find("--crf"), std::string::npos);
     const QmxRun version({"--version"});
     EXPECT_EQ(version.ExitCode(), 0);
-    EXPECT_THAT(version.Output(), testing::MatchesRegex("qmx [0-9]+[.][0-9]+[.][0-9]+\n"));
+    EXPECT_TRUE(Matches(version.Output(), "qmx [0-9]+[.][0-9]+[.][0-9]+\n")) << version.Output();
 }
 
 TEST_F(CommandLine, AWrongCommandLineIsTwoAndSaysWhatIsWrong)
@@ -223,7 +229,7 @@ TEST_F(CommandLine, HashPrintsALineForEveryFrame)
     // Every frame is black, so every checksum is the same.
     for (const std::string& line : lines)
     {
-        EXPECT_THAT(line, testing::MatchesRegex("[0-9]+ [0-9][.][0-9]{7} [0-9a-f]{16}"));
+        EXPECT_TRUE(Matches(line, "[0-9]+ [0-9][.][0-9]{7} [0-9a-f]{16}")) << line;
         EXPECT_EQ(line.substr(line.size() - 16), lines[0].substr(lines[0].size() - 16));
     }
     EXPECT_EQ(run.Errors(), "");
@@ -236,17 +242,6 @@ TEST_F(CommandLine, HashOfASpanIsThatPartOfTheWhole)
     ASSERT_EQ(run.ExitCode(), 0) << run.Errors();
     // Frames 15 (0.5005) to 17 (0.5672).
     EXPECT_EQ(Lines(run.Output()), std::vector<std::string>(all.begin() + 15, all.begin() + 18));
-}
-
-TEST_F(CommandLine, AFullStandardOutputIsFive)
-{
-    const fs::path full = "/dev/full";
-    if (!fs::exists(full))
-        GTEST_SKIP() << "no /dev/full here";
-    Program run("/bin/sh", {"-c", "exec \"$0\" hash \"$1\" > /dev/full", QMX_PROGRAM, Project()});
-    run.Finish();
-    EXPECT_EQ(run.ExitCode(), kOutput);
-    EXPECT_EQ(run.Errors(), "qmx: standard output: cannot be written: No space left on device\n");
 }
 
 TEST_F(CommandLine, FrameWritesAPictureOfTheCanvasSize)
@@ -334,9 +329,22 @@ TEST_F(CommandLine, JsonProgressIsALineAtATimeAndEndsWithTheLastFrame)
     const std::vector<std::string> lines = Lines(run.Output());
     ASSERT_FALSE(lines.empty());
     for (const std::string& line : lines)
-        EXPECT_THAT(line, testing::MatchesRegex("[{]\"frame\":[0-9]+,\"frames\":30,\"fps\":[0-9]+[.][0-9],"
-                                                "\"secondsLeft\":[0-9]+[.][0-9][}]"));
+        EXPECT_TRUE(Matches(line, "[{]\"frame\":[0-9]+,\"frames\":30,\"fps\":[0-9]+[.][0-9],"
+                                  "\"secondsLeft\":[0-9]+[.][0-9][}]"))
+            << line;
     EXPECT_EQ(lines.back().rfind("{\"frame\":30,", 0), 0U);
+}
+
+#if !defined(_WIN32) // signals, a shell, names that are no text
+TEST_F(CommandLine, AFullStandardOutputIsFive)
+{
+    const fs::path full = "/dev/full";
+    if (!fs::exists(full))
+        GTEST_SKIP() << "no /dev/full here";
+    Program run("/bin/sh", {"-c", "exec \"$0\" hash \"$1\" > /dev/full", QMX_PROGRAM, Project()});
+    run.Finish();
+    EXPECT_EQ(run.ExitCode(), kOutput);
+    EXPECT_EQ(run.Errors(), "qmx: standard output: cannot be written: No space left on device\n");
 }
 
 TEST_F(CommandLine, AnInterruptedRenderingLeavesNothingBehind)
@@ -381,5 +389,6 @@ TEST_F(CommandLine, NamesOfAnyBytesWork)
     EXPECT_EQ(run.ExitCode(), 0) << run.Errors();
     EXPECT_TRUE(test_support::ReadPng(output));
 }
+#endif
 } // namespace
 } // namespace qmx::host

@@ -39,7 +39,7 @@ protected:
     static std::string Video(const fs::path& path, const std::string& start, const std::string& duration,
                              const std::string& more = "")
     {
-        return R"({"type": "video", "path": ")" + path.string() + R"(", "start": )" + start +
+        return R"({"type": "video", "path": ")" + path.generic_string() + R"(", "start": )" + start +
                ", \"duration\": " + duration + more + "}";
     }
 
@@ -368,15 +368,15 @@ TEST_F(Media, TheOutputMayNotBeOneOfTheMedia)
 TEST_F(Media, TheSmallestHostShowsAPicture)
 {
     QMX_REQUIRE_MEDIA(film, "h264-bframes-30.mp4");
-    Program run(QMX_ONEFRAME, {film.string()});
+    Program run(QMX_MINIMAL_HOST, {film.string()});
     run.Finish();
     EXPECT_EQ(run.ExitCode(), 0) << run.Errors();
     EXPECT_EQ(run.Output().rfind("640 x 360, first pixel #", 0), 0U) << run.Output();
 }
 
-TEST(OneFrame, ShowsABlackPictureWithoutAFilm)
+TEST(MinimalHost, ShowsABlackPictureWithoutAFilm)
 {
-    Program run(QMX_ONEFRAME, {});
+    Program run(QMX_MINIMAL_HOST, {});
     run.Finish();
     EXPECT_EQ(run.ExitCode(), 0) << run.Errors();
     EXPECT_EQ(run.Output(), "640 x 360, first pixel #000000\n");

@@ -15,7 +15,13 @@ extern char** environ; // NOLINT(readability-redundant-declaration): some system
 
 namespace qmx::host
 {
-Program::Program(const std::filesystem::path& file, const std::vector<std::string>& arguments)
+struct Program::System
+{
+    pid_t process = -1;
+    int outputPipe = -1;
+};
+
+Program::Program(const std::filesystem::path& file, const std::vector<std::string>& arguments) : m_pSystem(new System)
 {
     std::string name = (std::filesystem::temp_directory_path() / "qmx-stderr-XXXXXX").string();
     const int errors = mkostemp(name.data(), O_CLOEXEC);
@@ -23,7 +29,7 @@ Program::Program(const std::filesystem::path& file, const std::vector<std::strin
     std::array<int, 2> pipeEnds{};
     if (errors < 0 || pipe2(pipeEnds.data(), O_CLOEXEC) != 0)
         throw std::runtime_error("no file or pipe for a program's output");
-    m_outputPipe = pipeEnds[0];
+    m_pSystem->outputPipe = pipeEnds[0];
 
     std::vector<std::string> all{file.string()};
     all.insert(all.end(), arguments.begin(), arguments.end());
@@ -36,7 +42,7 @@ Program::Program(const std::filesystem::path& file, const std::vector<std::strin
     posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_adddup2(&actions, pipeEnds[1], 1);
     posix_spawn_file_actions_adddup2(&actions, errors, 2);
-    const int failure = posix_spawn(&m_process, pointers[0], &actions, nullptr, pointers.data(), environ);
+    const int failure = posix_spawn(&m_pSystem->process, pointers[0], &actions, nullptr, pointers.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     close(pipeEnds[1]);
     close(errors);
@@ -46,36 +52,36 @@ Program::Program(const std::filesystem::path& file, const std::vector<std::strin
 
 Program::~Program()
 {
-    if (m_process > 0)
+    if (m_pSystem->process > 0)
     {
-        kill(m_process, SIGKILL);
+        kill(m_pSystem->process, SIGKILL);
         Finish();
     }
-    close(m_outputPipe);
+    close(m_pSystem->outputPipe);
     std::filesystem::remove(m_errorFile);
 }
 
 bool Program::WaitForLine()
 {
     char c = 0;
-    while (c != '\n' && read(m_outputPipe, &c, 1) == 1)
+    while (c != '\n' && read(m_pSystem->outputPipe, &c, 1) == 1)
         m_output += c;
     return c == '\n';
 }
 
 void Program::Signal(int signal) const
 {
-    kill(m_process, signal);
+    kill(m_pSystem->process, signal);
 }
 
 void Program::Finish()
 {
     std::array<char, 65536> part;
-    for (ssize_t count = 0; (count = read(m_outputPipe, part.data(), part.size())) > 0;)
+    for (ssize_t count = 0; (count = read(m_pSystem->outputPipe, part.data(), part.size())) > 0;)
         m_output.append(part.data(), static_cast<std::size_t>(count));
     int status = 0;
-    waitpid(m_process, &status, 0);
-    m_process = -1;
+    waitpid(m_pSystem->process, &status, 0);
+    m_pSystem->process = -1;
     m_exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     std::ifstream stream(m_errorFile);
     m_errors.assign(std::istreambuf_iterator<char>(stream), {});

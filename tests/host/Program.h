@@ -3,8 +3,8 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 namespace qmx::host
@@ -21,7 +21,7 @@ public:
 
     /// Blocks until the program has printed a line on standard output. @return false when it ended before
     bool WaitForLine();
-    void Signal(int signal) const;
+    void Signal(int signal) const; ///< POSIX only
     /// Waits for the end and collects what was printed.
     void Finish();
 
@@ -30,8 +30,9 @@ public:
     const std::string& Errors() const { return m_errors; }
 
 private:
-    pid_t m_process = -1;
-    int m_outputPipe = -1;
+    struct System; // what the operating system knows it by
+
+    std::unique_ptr<System> m_pSystem;
     std::filesystem::path m_errorFile;
     int m_exitCode = -1;
     std::string m_output;

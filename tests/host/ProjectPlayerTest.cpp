@@ -16,8 +16,8 @@ namespace
 std::string BoxAt(double left, const std::string& color, double alpha)
 {
     return R"({"type": "keystroke", "start": 0, "duration": 2, "left": )" + std::to_string(left) +
-           R"(, "keystrokes": [{"text": "", "startTime": 0, "backColor": ")" + color + R"(", "backAlpha": )" +
-           std::to_string(alpha) + "}]}";
+           R"(, "keystrokes": [{"text": "", "fontName": "DejaVu Sans", "startTime": 0, "backColor": ")" + color +
+           R"(", "backAlpha": )" + std::to_string(alpha) + "}]}";
 }
 
 class ProjectPlayerTexts : public testing::Test
@@ -80,12 +80,12 @@ TEST_F(ProjectPlayerTexts, TheStripsPlaceCountsInTheTracksBox)
 TEST_F(ProjectPlayerTexts, TitlesAndKeystrokesFollowEachOtherOnOneTrack)
 {
     const std::string track = R"({"id": 1, "clips": [
-        {"type": "title", "start": 0, "duration": 1, "texts": [{"text": "A", "fontSize": 100}]},
-        {"type": "keystroke", "start": 1, "duration": 1, "keystrokes": [{"text": "", "startTime": 0,
+        {"type": "title", "start": 0, "duration": 1, "texts": [{"text": "A", "fontName": "DejaVu Sans", "fontSize": 100}]},
+        {"type": "keystroke", "start": 1, "duration": 1, "keystrokes": [{"text": "", "fontName": "DejaVu Sans", "startTime": 0,
             "backColor": "#ffffff"}]},
         {"type": "color", "start": 2, "duration": 1},
         {"type": "title", "start": 3, "duration": 1, "texts": []},
-        {"type": "title", "start": 4, "duration": 1, "texts": [{"text": "B", "fontSize": 100}]}]})";
+        {"type": "title", "start": 4, "duration": 1, "texts": [{"text": "B", "fontName": "DejaVu Sans", "fontSize": 100}]}]})";
     const std::vector<std::uint8_t> first = Compose(track, 5'000'000);
     const std::vector<std::uint8_t> last = Compose(track, 45'000'000);
     EXPECT_TRUE(AnyLight(first));
@@ -110,7 +110,7 @@ TEST_F(ProjectPlayerTexts, TitlesAndKeystrokesFollowEachOtherOnOneTrack)
 TEST_F(ProjectPlayerTexts, KeystrokesRunInTheRecordingsTime)
 {
     const std::string track = R"({"id": 1, "clips": [{"type": "keystroke", "start": 1, "duration": 2, "inPoint": 5,
-        "keystrokes": [{"text": "", "startTime": 6, "backColor": "#ffffff"}]}]})";
+        "keystrokes": [{"text": "", "fontName": "DejaVu Sans", "startTime": 6, "backColor": "#ffffff"}]}]})";
     EXPECT_EQ(At(Compose(track, 19'000'000), 5, 5)[0], 0);
     EXPECT_EQ(At(Compose(track, 20'000'000), 5, 5)[0], 255);
 }

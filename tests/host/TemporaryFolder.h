@@ -1,9 +1,8 @@
 /// @file TemporaryFolder.h
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
-#include <stdexcept>
+#include <random>
 #include <string>
 
 namespace qmx::host
@@ -14,10 +13,10 @@ class TemporaryFolder
 public:
     TemporaryFolder()
     {
-        std::string name = (std::filesystem::temp_directory_path() / "qmx-test-XXXXXX").string();
-        if (!mkdtemp(name.data()))
-            throw std::runtime_error("no temporary folder");
-        m_path = name;
+        std::random_device random;
+        do
+            m_path = std::filesystem::temp_directory_path() / ("qmx-test-" + std::to_string(random()));
+        while (!std::filesystem::create_directory(m_path));
     }
     ~TemporaryFolder()
     {

@@ -1,5 +1,7 @@
 #include "tests/model/AllocationFailure.h"
 
+#include "tests/support/AlignedMemory.h"
+
 #include <cstdlib>
 #include <new>
 
@@ -27,8 +29,7 @@ void* Allocate(std::size_t cb)
 
 void* Allocate(std::size_t cb, std::align_val_t alignment)
 {
-    const auto step = static_cast<std::size_t>(alignment);
-    return IsRefused() ? nullptr : std::aligned_alloc(step, (cb + step - 1) / step * step);
+    return IsRefused() ? nullptr : test_support::AlignedAllocate(cb, static_cast<std::size_t>(alignment));
 }
 } // namespace
 
@@ -96,12 +97,12 @@ void* operator new(std::size_t cb, std::align_val_t alignment, const std::nothro
 
 void operator delete(void* p, std::align_val_t) noexcept
 {
-    std::free(p);
+    test_support::AlignedFree(p);
 }
 
 void operator delete(void* p, std::size_t, std::align_val_t) noexcept
 {
-    std::free(p);
+    test_support::AlignedFree(p);
 }
 
 void operator delete(void* p) noexcept

@@ -157,10 +157,10 @@ TEST(PropVariantToInt64, TakesEveryIntegerKindThatFits)
     PropVariantInit(&value);
     EXPECT_EQ(PropVariantToInt64(value, &number), E_INVALIDARG);
     value.vt = VT_UI8;
-    value.uhVal = 5;
+    value.uhVal.QuadPart = 5;
     EXPECT_EQ(PropVariantToInt64(value, &number), S_OK);
     EXPECT_EQ(number, 5);
-    value.uhVal = UINT64_MAX;
+    value.uhVal.QuadPart = UINT64_MAX;
     EXPECT_EQ(PropVariantToInt64(value, &number), E_INVALIDARG);
     value.vt = VT_I4;
     value.lVal = -3;

@@ -1,8 +1,7 @@
 #include "tests/support/MediaFolder.h"
 
-#include <unistd.h>
-
 #include <cstdlib>
+#include <random>
 
 namespace test_support
 {
@@ -16,9 +15,12 @@ std::filesystem::path FromEnvironment(const char* name, const char* configured)
 
 struct Scratch
 {
-    Scratch() : folder(std::filesystem::temp_directory_path() / ("qmx-tests-" + std::to_string(getpid())))
+    Scratch()
     {
-        std::filesystem::create_directories(folder);
+        std::random_device random;
+        do
+            folder = std::filesystem::temp_directory_path() / ("qmx-tests-" + std::to_string(random()));
+        while (!std::filesystem::create_directory(folder));
     }
     ~Scratch()
     {

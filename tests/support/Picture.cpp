@@ -37,14 +37,15 @@ bool WritePng(const std::filesystem::path& path, const Picture& picture)
     image.width = picture.width;
     image.height = picture.height;
     image.format = PNG_FORMAT_BGRA;
-    return !picture.IsEmpty() && png_image_write_to_file(&image, path.c_str(), 0, picture.bgra.data(), 0, nullptr) != 0;
+    return !picture.IsEmpty() &&
+           png_image_write_to_file(&image, path.string().c_str(), 0, picture.bgra.data(), 0, nullptr) != 0;
 }
 
 std::optional<Picture> ReadPng(const std::filesystem::path& path)
 {
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
-    if (png_image_begin_read_from_file(&image, path.c_str()) == 0)
+    if (png_image_begin_read_from_file(&image, path.string().c_str()) == 0)
         return std::nullopt;
     image.format = PNG_FORMAT_BGRA;
     Picture picture{image.width, image.height, std::vector<std::uint8_t>(PNG_IMAGE_SIZE(image))};

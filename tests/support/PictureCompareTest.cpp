@@ -18,12 +18,21 @@ Picture Ramp()
     return picture;
 }
 
+void SetEnvironment(const char* name, const std::string& value)
+{
+#if defined(_WIN32)
+    _putenv_s(name, value.c_str()); // an empty value removes the name
+#else
+    setenv(name, value.c_str(), 1);
+#endif
+}
+
 /// Comparisons of one test leave their pictures in a scratch folder.
 class PicturesMatchTest : public testing::Test
 {
 protected:
-    void SetUp() override { setenv("QMX_TEST_OUTPUT", (ScratchFolder() / "compare").c_str(), 1); }
-    void TearDown() override { unsetenv("QMX_TEST_OUTPUT"); }
+    void SetUp() override { SetEnvironment("QMX_TEST_OUTPUT", (ScratchFolder() / "compare").string()); }
+    void TearDown() override { SetEnvironment("QMX_TEST_OUTPUT", ""); }
 };
 } // namespace
 

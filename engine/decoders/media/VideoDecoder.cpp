@@ -7,6 +7,7 @@
 #include <d3d11.h>
 #include <mfapi.h>
 #include <mferror.h>
+#include <mfidl.h>
 #include <mfreadwrite.h>
 #include <propvarutil.h>
 

@@ -4,6 +4,7 @@
 #include "engine/platform/PixelUtility.h"
 
 #include <mfapi.h>
+#include <mfidl.h>
 #include <mfreadwrite.h>
 
 #include <algorithm>

@@ -76,6 +76,11 @@ bool CKeystrokeDecoder::InitializeLeftAndTopAndWidth(float left, float top, floa
     return true;
 }
 
+bool CKeystrokeDecoder::IsShowing(const std::vector<tagQMXKeystrokeInfo*>& items) const
+{
+    return m_vecKeyInfos == items;
+}
+
 void CKeystrokeDecoder::_InternalClose()
 {
     m_canvas.Close();

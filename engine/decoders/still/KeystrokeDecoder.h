@@ -6,6 +6,7 @@
 #include "engine/decoders/still/KeystrokeInfo.h"
 #include "engine/decoders/still/TextCanvas.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -36,7 +37,7 @@ public:
     /// Places the strip, in fractions of the frame's width, height and width. @return true
     bool InitializeLeftAndTopAndWidth(float left, float top, float width);
     /// True when these labels were given last.
-    bool IsShowing(const std::vector<tagQMXKeystrokeInfo*>& items) const { return m_vecKeyInfos == items; }
+    bool IsShowing(const std::vector<tagQMXKeystrokeInfo*>& items) const;
 
 protected:
     ~CKeystrokeDecoder() override;

@@ -50,6 +50,11 @@ catch (const std::bad_alloc&)
     return false;
 }
 
+bool CTitleDecoder::IsShowing(const std::vector<tagQMXTitleTextInfo*>& items) const
+{
+    return m_vecTextInfos == items;
+}
+
 void CTitleDecoder::_InternalClose()
 {
     m_canvas.Close();

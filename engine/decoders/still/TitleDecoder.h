@@ -31,7 +31,7 @@ public:
     /// @param startTime  of the clip; kept. @return false when memory is short
     bool InitializeTitleText(const std::vector<tagQMXTitleTextInfo*>& items, std::uint64_t startTime);
     /// True when these texts were given last.
-    bool IsShowing(const std::vector<tagQMXTitleTextInfo*>& items) const { return m_vecTextInfos == items; }
+    bool IsShowing(const std::vector<tagQMXTitleTextInfo*>& items) const;
 
 protected:
     ~CTitleDecoder() override;

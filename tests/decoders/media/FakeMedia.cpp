@@ -307,7 +307,7 @@ public:
         if (stream != static_cast<DWORD>(MF_SOURCE_READER_MEDIASOURCE) || key != MF_PD_DURATION || !m_media.duration)
             return MF_E_ATTRIBUTENOTFOUND;
         pValue->vt = VT_UI8;
-        pValue->uhVal = static_cast<UINT64>(*m_media.duration);
+        pValue->uhVal.QuadPart = static_cast<ULONGLONG>(*m_media.duration);
         return S_OK;
     }
 
@@ -387,23 +387,39 @@ private:
     FakeDevice& m_device;
 };
 
-class FakeDevice final : public Counted<FakeDevice, ID3D11Device>
+#if defined(_WIN32)
+/// The system's ID3D11Device has forty operations, of which the decoder calls none: an object with the first three
+/// slots stands in for it.
+using FakeDeviceInterface = IUnknown;
+#else
+using FakeDeviceInterface = ID3D11Device;
+#endif
+
+class FakeDevice final : public Counted<FakeDevice, FakeDeviceInterface>
 {
 public:
     FakeDevice() : Counted(CFakeSystem::LiveDevices()), m_side(*this) {}
     void* Find(REFIID iid)
     {
         if (iid == IID_ID3D11Device)
-            return static_cast<ID3D11Device*>(this);
+            return static_cast<FakeDeviceInterface*>(this);
         return iid == IID_ID3D10Multithread ? static_cast<ID3D10Multithread*>(&m_side) : nullptr;
     }
+#if !defined(_WIN32)
     HRESULT STDMETHODCALLTYPE CreateTexture2D(const D3D11_TEXTURE2D_DESC*, const D3D11_SUBRESOURCE_DATA*,
                                               ID3D11Texture2D**) override
     {
         return E_NOTIMPL; // films are decoded on it, nothing is drawn
     }
-    D3D_FEATURE_LEVEL STDMETHODCALLTYPE GetFeatureLevel() override { return D3D_FEATURE_LEVEL_11_0; }
-    UINT STDMETHODCALLTYPE GetCreationFlags() override { return D3D11_CREATE_DEVICE_VIDEO_SUPPORT; }
+    D3D_FEATURE_LEVEL STDMETHODCALLTYPE GetFeatureLevel() override
+    {
+        return D3D_FEATURE_LEVEL_11_0;
+    }
+    UINT STDMETHODCALLTYPE GetCreationFlags() override
+    {
+        return D3D11_CREATE_DEVICE_VIDEO_SUPPORT;
+    }
+#endif
 
 private:
     FakeMultithread m_side;
@@ -547,7 +563,7 @@ extern "C" HRESULT D3D11CreateDevice(IDXGIAdapter* pAdapter, D3D_DRIVER_TYPE dri
     const CAllocationPause pause;
     if (!CFakeSystem::HasDevice())
         return DXGI_ERROR_UNSUPPORTED;
-    *ppDevice = new FakeDevice;
+    *ppDevice = reinterpret_cast<ID3D11Device*>(static_cast<FakeDeviceInterface*>(new FakeDevice));
     return S_OK;
 }
 

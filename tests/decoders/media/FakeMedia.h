@@ -5,6 +5,7 @@
 
 #include <d3d11.h>
 #include <mfapi.h>
+#include <mfidl.h>
 #include <mfreadwrite.h>
 
 #include <atomic>
