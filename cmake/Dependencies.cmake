@@ -13,6 +13,7 @@ if(NOT WIN32)
   find_package(PkgConfig REQUIRED)
   pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat>=59 libavcodec>=59 libavutil>=57.24
                     libswscale>=6 libswresample>=4)
+  pkg_check_modules(PANGO REQUIRED IMPORTED_TARGET pangocairo>=1.50 cairo>=1.16 harfbuzz)
 
   # The image codecs. giflib ships no pkg-config file.
   find_package(PNG REQUIRED)

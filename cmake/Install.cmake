@@ -15,6 +15,8 @@ set(QMX_PUBLIC_HEADERS
   engine/clips/QMXTXClip.h
   engine/clips/QMXSoundClip.h
   engine/clips/QMXImageClip.h
+  engine/clips/QMXKeystrokeClip.h
+  engine/clips/QMXTitleClip.h
   engine/clips/QMXVideoClip.h
   engine/clips/RenderProp.h
   engine/clips/TransparentColorInfo.h
@@ -27,6 +29,11 @@ set(QMX_PUBLIC_HEADERS
   engine/decoders/media/VideoInfo.h
   engine/decoders/still/GifDecoder.h
   engine/decoders/still/ImageDecoder.h
+  engine/decoders/still/KeystrokeDecoder.h
+  engine/decoders/still/KeystrokeInfo.h
+  engine/decoders/still/TextCanvas.h
+  engine/decoders/still/TitleDecoder.h
+  engine/decoders/still/TitleTextInfo.h
   engine/model/ClipFactory.h
   engine/model/IQMXCleaner.h
   engine/model/IQMXDocument.h

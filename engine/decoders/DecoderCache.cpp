@@ -4,6 +4,8 @@
 #include "engine/decoders/media/VideoDecoder.h"
 #include "engine/decoders/still/GifDecoder.h"
 #include "engine/decoders/still/ImageDecoder.h"
+#include "engine/decoders/still/KeystrokeDecoder.h"
+#include "engine/decoders/still/TitleDecoder.h"
 #include "engine/platform/CriticalSectionGuard.h"
 #include "engine/platform/NullReference.h"
 
@@ -19,7 +21,9 @@ enum class DecoderKind
     None,
     Gif,
     Image,
-    Video
+    Video,
+    Title,
+    Keystroke
 };
 
 /// The extension comes before the decoder type: a title or image clip whose path ends in "gif" gets a GIF decoder.
@@ -35,6 +39,10 @@ DecoderKind KindFor(const tagDecProp& prop)
         return DecoderKind::Video;
     case kDecoderImage:
         return DecoderKind::Image;
+    case kDecoderTitle:
+        return DecoderKind::Title;
+    case kDecoderKeystroke:
+        return DecoderKind::Keystroke;
     default:
         return DecoderKind::None;
     }
@@ -111,6 +119,10 @@ IDecoder* MakeDecoder(const tagDecProp& prop)
         return new CImageDecoder;
     case DecoderKind::Video:
         return new CVideoDecoder;
+    case DecoderKind::Title:
+        return new CTitleDecoder;
+    case DecoderKind::Keystroke:
+        return new CKeystrokeDecoder;
     case DecoderKind::None:
         break;
     }
@@ -127,6 +139,10 @@ bool IsDecoderFor(IDecoder* pDecoder, const tagDecProp& prop)
         return dynamic_cast<CImageDecoder*>(pDecoder) != nullptr && dynamic_cast<CGifDecoder*>(pDecoder) == nullptr;
     case DecoderKind::Video:
         return dynamic_cast<CVideoDecoder*>(pDecoder) != nullptr;
+    case DecoderKind::Title:
+        return dynamic_cast<CTitleDecoder*>(pDecoder) != nullptr;
+    case DecoderKind::Keystroke:
+        return dynamic_cast<CKeystrokeDecoder*>(pDecoder) != nullptr;
     case DecoderKind::None:
         break;
     }

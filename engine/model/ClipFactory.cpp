@@ -4,11 +4,14 @@
 #include "engine/clips/QMXBaseClip.h"
 #include "engine/clips/QMXColorClip.h"
 #include "engine/clips/QMXImageClip.h"
+#include "engine/clips/QMXKeystrokeClip.h"
 #include "engine/clips/QMXTXClip.h"
+#include "engine/clips/QMXTitleClip.h"
 #include "engine/clips/QMXVideoClip.h"
 
 #include <memory>
 #include <new>
+#include <vector>
 
 namespace
 {
@@ -31,6 +34,27 @@ void CopyTransitionClips(CQMXTXClip& source, CQMXTXClip& copy)
         copy.SetToClip(DuplicateClip(source.GetToClip()));
 }
 
+void CopyTitleSettings(CQMXTitleClip& source, CQMXTitleClip& copy)
+{
+    std::vector<tagQMXTitleTextInfo*> items;
+    for (const tagQMXTitleTextInfo* const item : source.GetTitleTexts(items))
+    {
+        auto own = std::make_unique<tagQMXTitleTextInfo>(*item);
+        copy.AddTitleText(own.release());
+    }
+}
+
+void CopyKeystrokeSettings(CQMXKeystrokeClip& source, CQMXKeystrokeClip& copy)
+{
+    copy.SetLeftAndTopAndWidth(source.GetKeystrokeLeft(), source.GetKeystrokeTop(), source.GetKeystrokeWidth());
+    std::vector<tagQMXKeystrokeInfo*> items;
+    for (const tagQMXKeystrokeInfo* const item : source.GetKeystrokes(items))
+    {
+        auto own = std::make_unique<tagQMXKeystrokeInfo>(*item);
+        copy.AddKeystroke(own.release());
+    }
+}
+
 /// Copies what only clips of this kind have.
 void CopyOwnSettings(IQMXBaseClip& source, IQMXBaseClip& copy)
 {
@@ -42,6 +66,22 @@ void CopyOwnSettings(IQMXBaseClip& source, IQMXBaseClip& copy)
         auto* const videoCopy = dynamic_cast<CQMXVideoClip*>(&copy);
         if (videoSource != nullptr && videoCopy != nullptr)
             CopyVideoSettings(*videoSource, *videoCopy);
+        break;
+    }
+    case QMXClipType_Title:
+    {
+        auto* const titleSource = dynamic_cast<CQMXTitleClip*>(&source);
+        auto* const titleCopy = dynamic_cast<CQMXTitleClip*>(&copy);
+        if (titleSource != nullptr && titleCopy != nullptr)
+            CopyTitleSettings(*titleSource, *titleCopy);
+        break;
+    }
+    case QMXClipType_Keystroke:
+    {
+        auto* const keystrokeSource = dynamic_cast<CQMXKeystrokeClip*>(&source);
+        auto* const keystrokeCopy = dynamic_cast<CQMXKeystrokeClip*>(&copy);
+        if (keystrokeSource != nullptr && keystrokeCopy != nullptr)
+            CopyKeystrokeSettings(*keystrokeSource, *keystrokeCopy);
         break;
     }
     case QMXClipType_Image:
@@ -82,6 +122,15 @@ IQMXBaseClip* CreateClipByClipType(QMXClipType type)
         return new (std::nothrow) CQMXColorClip;
     case QMXClipType_Transition:
         return new (std::nothrow) CQMXTXClip;
+    case QMXClipType_Title:
+        return new (std::nothrow) CQMXTitleClip;
+    case QMXClipType_Keystroke:
+    {
+        auto* const clip = new (std::nothrow) CQMXKeystrokeClip;
+        if (clip != nullptr)
+            clip->SetLeftAndTopAndWidth(0, 0, 1);
+        return clip;
+    }
     default:
         return nullptr;
     }

@@ -37,6 +37,10 @@ QMXClipType TypeOf(ClipKind kind)
         return QMXClipType_Image;
     case ClipKind::Audio:
         return QMXClipType_Audio;
+    case ClipKind::Title:
+        return QMXClipType_Title;
+    case ClipKind::Keystroke:
+        return QMXClipType_Keystroke;
     case ClipKind::Color:
         break;
     }
@@ -85,7 +89,7 @@ TrackPlayer::TrackPlayer(IQMXDocument& document, MediaProbe& probe, const Projec
         else if (clip.kind == ClipKind::Image)
             AddImage(probe, clip);
         else
-            AddColor(clip);
+            AddGenerated(clip);
     }
     std::set<std::filesystem::path> later;
     m_lastOfFile.resize(track.clips.size());
@@ -183,11 +187,22 @@ void TrackPlayer::AddImage(MediaProbe& probe, const ProjectClip& clip)
     m_clips.emplace_back(*m_pTrack, static_cast<int>(m_clips.size()), *side, *side);
 }
 
-void TrackPlayer::AddColor(const ProjectClip& clip)
+/// A clip whose pictures fill the track's box: they are made, not read.
+void TrackPlayer::AddGenerated(const ProjectClip& clip)
 {
-    AddClip(clip);
+    IQMXBaseClip& added = AddClip(clip);
+    if (auto* const pTitle = dynamic_cast<CQMXTitleClip*>(&added))
+    {
+        for (const tagQMXTitleTextInfo& text : clip.texts)
+            pTitle->AddTitleText(std::make_unique<tagQMXTitleTextInfo>(text).release());
+    }
+    if (auto* const pKeystrokes = dynamic_cast<CQMXKeystrokeClip*>(&added))
+    {
+        pKeystrokes->SetLeftAndTopAndWidth(clip.strip.left, clip.strip.top, clip.strip.width);
+        for (const tagQMXKeystrokeInfo& keystroke : clip.keystrokes)
+            pKeystrokes->AddKeystroke(std::make_unique<tagQMXKeystrokeInfo>(keystroke).release());
+    }
     m_clips.emplace_back(*m_pTrack, static_cast<int>(m_clips.size()), static_cast<std::uint32_t>(m_box.Width()),
                          static_cast<std::uint32_t>(m_box.Height()));
 }
-
 } // namespace qmx::host

@@ -44,7 +44,7 @@ private:
     void AddVideo(MediaProbe& probe, const ProjectClip& clip);
     void AddAudio(MediaProbe& probe, const ProjectClip& clip);
     void AddImage(MediaProbe& probe, const ProjectClip& clip);
-    void AddColor(const ProjectClip& clip);
+    void AddGenerated(const ProjectClip& clip);
 
     const Project& m_project;
     const ProjectTrack& m_description;

@@ -2,6 +2,8 @@
 /// A project as its file describes it: plain records, checked by ProjectReader.
 #pragma once
 
+#include "engine/decoders/still/KeystrokeInfo.h"
+#include "engine/decoders/still/TitleTextInfo.h"
 #include "host/project/FrameRate.h"
 
 #include <cstdint>
@@ -20,7 +22,17 @@ enum class ClipKind
     Video,
     Image,
     Color,
-    Audio
+    Audio,
+    Title,
+    Keystroke
+};
+
+/// Corner and length of the strip of keystroke labels, in fractions of the track's box.
+struct KeystrokeStrip
+{
+    float left = 0;
+    float top = 0;
+    float width = 1;
 };
 
 struct ProjectClip
@@ -35,6 +47,9 @@ struct ProjectClip
     std::optional<FrameRate> frameRate; ///< when absent, that of the media
     double volume = 1;                  ///< factor of the clip's sound, 0 to kMaxVolume
     bool mute = false;
+    std::vector<tagQMXTitleTextInfo> texts;
+    std::vector<tagQMXKeystrokeInfo> keystrokes; ///< by start time
+    KeystrokeStrip strip;
 
     std::uint64_t End() const { return start + duration; }
 };

@@ -3,6 +3,7 @@
 #include "host/HostError.h"
 #include "host/project/Decimal.h"
 #include "host/project/JsonTree.h"
+#include "host/system/Platform.h"
 
 #include <algorithm>
 #include <array>
@@ -20,13 +21,27 @@ namespace
 using Kind = JsonValue::Kind;
 
 constexpr double kMaxFraction = 16; // of the canvas, for boxes and their corners
-constexpr std::array kLaterKinds{"camera", "title", "transition", "keystroke"};
+constexpr std::array kLaterKinds{"camera", "transition"};
 constexpr std::array kLaterFields{"key"};
 
 std::string Quoted(std::string_view text)
 {
     return '"' + std::string(text) + '"';
 }
+
+/// A number of the engine and its name in project files.
+struct NamedNumber
+{
+    const char* pName;
+    std::uint32_t value;
+};
+constexpr std::array<NamedNumber, 4> kAlignments{{{"leading", 0}, {"trailing", 1}, {"center", 2}, {"justified", 3}}};
+constexpr std::array<NamedNumber, 5> kAnimations{{{"none", QMXTitleAnimation_None},
+                                                  {"leftToRight", QMXTitleAnimation_LeftToRight},
+                                                  {"topToBottom", QMXTitleAnimation_TopToBottom},
+                                                  {"rightToLeft", QMXTitleAnimation_RightToLeft},
+                                                  {"bottomToTop", QMXTitleAnimation_BottomToTop}}};
+constexpr double kMaxFontSize = 1'000; // pixels on a frame of 288 rows
 
 /// One object of the file with the fields that were asked for; Finish() refuses what nobody asked for.
 class ObjectReader
@@ -95,6 +110,11 @@ public:
     }
     double Fraction(std::string_view name, double otherwise)
     {
+        return Number(name, otherwise, -kMaxFraction, kMaxFraction);
+    }
+    /// @param lowest, highest  small whole numbers
+    double Number(std::string_view name, double otherwise, double lowest, double highest)
+    {
         const JsonValue* const pField = Find(name, Kind::Number);
         if (!pField)
             return otherwise;
@@ -103,27 +123,61 @@ public:
         const auto [at, error] = std::from_chars(pField->text.data(), pEnd, value);
         if (error == std::errc::result_out_of_range)
             value = 0; // a denormal; too large ones do not come through the parser
-        if (std::abs(value) > kMaxFraction)
-            Fail(name, "must lie between -16 and 16");
+        if (!(value >= lowest && value <= highest))
+            Fail(name, "must lie between " + std::to_string(static_cast<int>(lowest)) + " and " +
+                           std::to_string(static_cast<int>(highest)));
         return value;
     }
-    double Volume(std::string_view name)
+    float Float(std::string_view name, float otherwise, double lowest, double highest)
     {
-        const JsonValue* const pField = Find(name, Kind::Number);
-        if (!pField)
-            return 1;
-        double value = 0;
-        const auto [at, error] = std::from_chars(pField->text.data(), pField->text.data() + pField->text.size(), value);
-        if (error == std::errc::result_out_of_range)
-            value = 0; // a denormal; too large ones do not come through the parser
-        if (!(value >= 0 && value <= kMaxVolume))
-            Fail(name, "must lie between 0 and 16");
-        return value;
+        return static_cast<float>(Number(name, otherwise, lowest, highest));
     }
-    bool Flag(std::string_view name)
+    bool Flag(std::string_view name, bool otherwise)
     {
         const JsonValue* const pField = Find(name, Kind::Boolean);
-        return pField && pField->boolean;
+        return pField ? pField->boolean : otherwise;
+    }
+    std::uint32_t WholeOr(std::string_view name, std::uint32_t otherwise, std::uint32_t highest)
+    {
+        const JsonValue* const pField = Find(name, Kind::Number);
+        return pField ? static_cast<std::uint32_t>(Whole(name, *pField, 0, highest)) : otherwise;
+    }
+    std::wstring Characters(std::string_view name)
+    {
+        const JsonValue* const pField = Find(name, Kind::Text);
+        return pField ? EngineText(pField->text) : std::wstring();
+    }
+    /// "#rrggbb" as 0x00RRGGBB.
+    std::uint32_t Color(std::string_view name, std::uint32_t otherwise)
+    {
+        const JsonValue* const pField = Find(name, Kind::Text);
+        if (!pField)
+            return otherwise;
+        std::uint32_t value = 0;
+        const char* const pBegin = pField->text.data() + 1;
+        const char* const pEnd = pField->text.data() + pField->text.size();
+        if (pField->text.size() != 7 || pField->text[0] != '#' || std::from_chars(pBegin, pEnd, value, 16).ptr != pEnd)
+            Fail(name, "must be a colour like \"#1e90ff\", not " + Quoted(pField->text));
+        return value;
+    }
+    /// One of some names, or their number.
+    template <std::size_t N>
+    std::uint32_t Choice(std::string_view name, const std::array<NamedNumber, N>& names, std::uint32_t otherwise)
+    {
+        const JsonValue* const pField = FindAny(name);
+        if (!pField)
+            return otherwise;
+        std::string known;
+        for (const NamedNumber& entry : names)
+        {
+            const bool isIt = pField->kind == Kind::Text
+                                  ? pField->text == entry.pName
+                                  : pField->kind == Kind::Number && pField->text == std::to_string(entry.value);
+            if (isIt)
+                return entry.value;
+            known += (known.empty() ? "" : ", ") + Quoted(entry.pName) + " (" + std::to_string(entry.value) + ')';
+        }
+        Fail(name, "must be one of " + known);
     }
     std::optional<FrameRate> Rate(std::string_view name)
     {
@@ -165,10 +219,15 @@ ClipKind ReadKind(ObjectReader& reader)
         return ClipKind::Color;
     if (kind == "audio")
         return ClipKind::Audio;
+    if (kind == "title")
+        return ClipKind::Title;
+    if (kind == "keystroke")
+        return ClipKind::Keystroke;
     if (std::find(kLaterKinds.begin(), kLaterKinds.end(), kind) != kLaterKinds.end())
         reader.Fail("type", "clips of the kind " + Quoted(kind) + " are not supported yet");
-    reader.Fail("type",
-                "unknown kind " + Quoted(kind) + ", the known ones are \"video\", \"image\", \"color\" and \"audio\"");
+    reader.Fail("type", "unknown kind " + Quoted(kind) +
+                            ", the known ones are \"video\", \"image\", \"color\", \"audio\", \"title\" and "
+                            "\"keystroke\"");
 }
 
 /// What clips of a file have.
@@ -184,8 +243,8 @@ void ReadFileFields(ObjectReader& reader, ProjectClip& clip, const std::filesyst
 /// What clips have that can be heard.
 void ReadSoundFields(ObjectReader& reader, ProjectClip& clip)
 {
-    clip.volume = reader.Volume("volume");
-    clip.mute = reader.Flag("mute");
+    clip.volume = reader.Number("volume", 1, 0, kMaxVolume);
+    clip.mute = reader.Flag("mute", false);
 }
 
 /// What clips have that show the pictures of a file.
@@ -209,6 +268,82 @@ void ReadVideoFields(ObjectReader& reader, ProjectClip& clip)
     }
 }
 
+tagQMXTitleTextInfo ReadText(const JsonValue& value, std::string place)
+{
+    ObjectReader reader(value, std::move(place));
+    tagQMXTitleTextInfo info;
+    reader.Need("text", Kind::Text);
+    info.text = reader.Characters("text");
+    info.textLength = reader.WholeOr("textLength", static_cast<std::uint32_t>(info.text.size()), UINT32_MAX);
+    info.fontName = reader.Characters("fontName");
+    info.fontSize = reader.Float("fontSize", info.fontSize, 0, kMaxFontSize);
+    info.fontWeight = reader.WholeOr("fontWeight", info.fontWeight, 999);
+    if (info.fontWeight == 0)
+        reader.Fail("fontWeight", "must be greater than 0");
+    info.italic = reader.Flag("italic", false);
+    info.underline = reader.Flag("underline", false);
+    info.color = reader.Color("color", info.color);
+    info.opacity = reader.Float("opacity", info.opacity, 0, 1);
+    info.x = reader.Fraction("x", 0);
+    info.y = reader.Fraction("y", 0);
+    info.alignment = reader.Choice("alignment", kAlignments, 0);
+    info.animation = reader.Choice("animation", kAnimations, QMXTitleAnimation_None);
+    info.speed = reader.WholeOr("speed", 0, 1'000);
+    reader.Finish();
+    return info;
+}
+
+tagQMXKeystrokeInfo ReadKeystroke(const JsonValue& value, std::string place)
+{
+    ObjectReader reader(value, std::move(place));
+    tagQMXKeystrokeInfo info;
+    reader.Need("text", Kind::Text);
+    info.text = reader.Characters("text");
+    info.startTime = reader.Time("startTime", &reader.Need("startTime", Kind::Number));
+    const JsonValue* const pEnd = reader.Find("endTime", Kind::Number);
+    info.endTime = reader.Time("endTime", pEnd);
+    if (pEnd && info.endTime != 0 && info.endTime < info.startTime)
+        reader.Fail("endTime", "must not be less than startTime");
+    info.fontName = reader.Characters("fontName");
+    info.fontSize = reader.Float("fontSize", info.fontSize, 0, kMaxFontSize);
+    info.textColor = reader.Color("textColor", info.textColor);
+    info.backColor = reader.Color("backColor", info.backColor);
+    info.textAlpha = reader.Float("textAlpha", info.textAlpha, 0, 1);
+    info.backAlpha = reader.Float("backAlpha", info.backAlpha, 0, 1);
+    for (const auto& [pName, pValue] : {std::pair{"hostData1", &info.hostData1}, {"hostData2", &info.hostData2}})
+    {
+        if (const JsonValue* const pField = reader.Find(pName, Kind::Number))
+            *pValue = reader.Whole(pName, *pField, 0, UINT64_MAX);
+    }
+    reader.Finish();
+    return info;
+}
+
+void ReadTitleFields(ObjectReader& reader, ProjectClip& clip)
+{
+    const std::vector<JsonValue>& texts = reader.Need("texts", Kind::Array).items;
+    clip.texts.reserve(texts.size());
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        clip.texts.push_back(ReadText(texts[i], reader.PlaceOf("texts[" + std::to_string(i) + ']')));
+}
+
+void ReadKeystrokeFields(ObjectReader& reader, ProjectClip& clip)
+{
+    clip.inPoint = reader.Time("inPoint", reader.Find("inPoint", Kind::Number));
+    clip.strip.left = static_cast<float>(reader.Fraction("left", clip.strip.left));
+    clip.strip.top = static_cast<float>(reader.Fraction("top", clip.strip.top));
+    clip.strip.width = static_cast<float>(reader.Fraction("width", clip.strip.width));
+    const std::vector<JsonValue>& keystrokes = reader.Need("keystrokes", Kind::Array).items;
+    clip.keystrokes.reserve(keystrokes.size());
+    for (std::size_t i = 0; i < keystrokes.size(); ++i)
+    {
+        const std::string place = reader.PlaceOf("keystrokes[" + std::to_string(i) + ']');
+        clip.keystrokes.push_back(ReadKeystroke(keystrokes[i], place));
+        if (i > 0 && clip.keystrokes[i].startTime < clip.keystrokes[i - 1].startTime)
+            throw JsonError(place + ".startTime", "must not be less than that of the keystroke before");
+    }
+}
+
 /// The fields of the clip's own kind.
 void ReadKindFields(ObjectReader& reader, ProjectClip& clip, const std::filesystem::path& folder)
 {
@@ -222,6 +357,10 @@ void ReadKindFields(ObjectReader& reader, ProjectClip& clip, const std::filesyst
         ReadPictureFields(reader, clip);
     if (clip.kind == ClipKind::Video)
         ReadVideoFields(reader, clip);
+    else if (clip.kind == ClipKind::Title)
+        ReadTitleFields(reader, clip);
+    else if (clip.kind == ClipKind::Keystroke)
+        ReadKeystrokeFields(reader, clip);
 }
 
 ProjectClip ReadClip(const JsonValue& value, std::string place, const std::filesystem::path& folder,
@@ -285,8 +424,8 @@ ProjectTrack ReadTrack(const JsonValue& value, std::string place, const std::fil
     track.id = reader.Whole("id", reader.Need("id", Kind::Number), 0, UINT64_MAX);
     if (const JsonValue* const pBox = reader.FindAny("position"))
         track.box = ReadBox(*pBox, reader.PlaceOf("position"));
-    track.volume = reader.Volume("volume");
-    track.mute = reader.Flag("mute");
+    track.volume = reader.Number("volume", 1, 0, kMaxVolume);
+    track.mute = reader.Flag("mute", false);
     const std::vector<JsonValue>& clips = reader.Need("clips", Kind::Array).items;
     track.clips.reserve(clips.size());
     for (std::size_t i = 0; i < clips.size(); ++i)

@@ -23,4 +23,7 @@ std::string ProcessNumber();
 
 /// @p path as the engine takes it. Bytes that are no UTF-8 survive.
 std::wstring EnginePath(const std::filesystem::path& path);
+
+/// @p text, which is valid UTF-8, as the engine takes it.
+std::wstring EngineText(const std::string& text);
 } // namespace qmx::host

@@ -30,4 +30,9 @@ std::wstring EnginePath(const std::filesystem::path& path)
 {
     return pal::FromPathBytes(path.native());
 }
+
+std::wstring EngineText(const std::string& text)
+{
+    return pal::FromPathBytes(text);
+}
 } // namespace qmx::host

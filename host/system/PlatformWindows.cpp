@@ -34,4 +34,9 @@ std::wstring EnginePath(const std::filesystem::path& path)
 {
     return path.native();
 }
+
+std::wstring EngineText(const std::string& text)
+{
+    return std::filesystem::path(std::u8string(text.begin(), text.end())).native();
+}
 } // namespace qmx::host

@@ -1,9 +1,10 @@
+#include "pal/graphics/Texture.h"
 #include "pal/kernel/ComObject.h"
 
 #include <d3d10.h>
 #include <d3d11.h>
 
-#include <algorithm>
+#include <memory>
 #include <mutex>
 #include <new>
 
@@ -33,11 +34,42 @@ private:
     std::atomic<BOOL> m_protected{FALSE};
 };
 
+/// Carries its commands out at once, so that it needs nothing of its device.
+class DeviceContext final : public ComObject<DeviceContext, ID3D11DeviceContext, ID3D11DeviceChild>
+{
+public:
+    void STDMETHODCALLTYPE CopyResource(ID3D11Resource* pDestination, ID3D11Resource* pSource) override
+    {
+        Texture* const pTo = TextureOf(pDestination);
+        Texture* const pFrom = TextureOf(pSource);
+        if (pTo == nullptr || pFrom == nullptr || pTo == pFrom || pTo->IsMapped() || pFrom->IsMapped() ||
+            pTo->Description().Width != pFrom->Description().Width ||
+            pTo->Description().Height != pFrom->Description().Height)
+            return;
+        pTo->CopyFrom(*pFrom);
+    }
+};
+
 /// A software device: its resources are plain memory.
 class Direct3DDevice final : public ComObject<Direct3DDevice, ID3D11Device>
 {
 public:
     Direct3DDevice(D3D_FEATURE_LEVEL level, UINT flags) : m_level(level), m_flags(flags), m_multithread(*this) {}
+    HRESULT STDMETHODCALLTYPE CreateTexture2D(const D3D11_TEXTURE2D_DESC* pDesc,
+                                              const D3D11_SUBRESOURCE_DATA* pInitialData,
+                                              ID3D11Texture2D** ppTexture) override
+    {
+        if (ppTexture != nullptr)
+            *ppTexture = nullptr;
+        if (pDesc == nullptr || !Texture::IsSupported(*pDesc))
+            return E_INVALIDARG;
+        if (pInitialData != nullptr)
+            return E_NOTIMPL;
+        if (ppTexture == nullptr)
+            return S_FALSE;
+        *ppTexture = Texture::Make(*pDesc);
+        return *ppTexture != nullptr ? S_OK : E_OUTOFMEMORY;
+    }
     D3D_FEATURE_LEVEL STDMETHODCALLTYPE GetFeatureLevel() override { return m_level; }
     UINT STDMETHODCALLTYPE GetCreationFlags() override { return m_flags; }
     HRESULT QueryFurther(REFIID iid, void** ppObject)
@@ -79,7 +111,7 @@ extern "C" HRESULT D3D11CreateDevice(IDXGIAdapter* pAdapter, D3D_DRIVER_TYPE dri
         *ppDevice = nullptr;
     if (ppImmediateContext != nullptr)
         *ppImmediateContext = nullptr;
-    if (sdkVersion != D3D11_SDK_VERSION || pAdapter != nullptr || ppImmediateContext != nullptr)
+    if (sdkVersion != D3D11_SDK_VERSION || pAdapter != nullptr)
         return E_INVALIDARG;
     if (driverType != D3D_DRIVER_TYPE_WARP)
         return DXGI_ERROR_UNSUPPORTED;
@@ -88,8 +120,16 @@ extern "C" HRESULT D3D11CreateDevice(IDXGIAdapter* pAdapter, D3D_DRIVER_TYPE dri
     const D3D_FEATURE_LEVEL level = anyLevel ? D3D_FEATURE_LEVEL_11_0 : pFeatureLevels[0];
     if (pFeatureLevel != nullptr)
         *pFeatureLevel = level;
-    if (ppDevice == nullptr)
+    if (ppDevice == nullptr && ppImmediateContext == nullptr)
         return S_FALSE;
-    *ppDevice = new (std::nothrow) pal::Direct3DDevice(level, flags);
-    return *ppDevice != nullptr ? S_OK : E_OUTOFMEMORY;
+    std::unique_ptr<pal::Direct3DDevice, pal::ReleaseObject> pDevice(new (std::nothrow)
+                                                                         pal::Direct3DDevice(level, flags));
+    std::unique_ptr<pal::DeviceContext, pal::ReleaseObject> pContext(new (std::nothrow) pal::DeviceContext);
+    if (pDevice == nullptr || pContext == nullptr)
+        return E_OUTOFMEMORY;
+    if (ppDevice != nullptr)
+        *ppDevice = pDevice.release();
+    if (ppImmediateContext != nullptr)
+        *ppImmediateContext = pContext.release();
+    return S_OK;
 }

@@ -37,8 +37,12 @@ using HRESULT = std::int32_t;
 
 static_assert(sizeof(LONG) == 4 && sizeof(DWORD) == 4 && sizeof(HRESULT) == 4, "32 bits on both platforms");
 
+#ifndef TRUE // other libraries' headers define the two as well
 #define TRUE 1
+#endif
+#ifndef FALSE
 #define FALSE 0
+#endif
 #define CONST const
 #define WINAPI
 #define CALLBACK
@@ -210,6 +214,14 @@ extern "C"
     /// UTC to local time with the offset that holds now, as the system service does.
     BOOL FileTimeToLocalFileTime(const FILETIME* pFileTime, FILETIME* pLocalFileTime);
 }
+
+// ---- locale --------------------------------------------------------------------------------------------------
+
+inline constexpr int LOCALE_NAME_MAX_LENGTH = 85; ///< characters, the terminator included
+
+/// Name of the system's default locale as a language tag ("en-US"), from the environment.
+/// @return characters written with the terminator; 0 when @p cchLocaleName are too few.
+extern "C" int GetSystemDefaultLocaleName(LPWSTR localeName, int cchLocaleName);
 
 /// Case-insensitive comparison of wide strings, code unit by code unit. @return <0, 0 or >0.
 extern "C" int _wcsicmp(const wchar_t* a, const wchar_t* b);

@@ -3,15 +3,17 @@
 #include "engine/platform/SampleInfo.h"
 #include "engine/qmx.h"
 
-constexpr unsigned long long kSizes[] = {sizeof(tagSampleInfo), sizeof(tagTransparentColorInfo),
-                                         sizeof(tagVideoInfo),  sizeof(tagPIPPOSITION),
-                                         sizeof(tagRenderProp), sizeof(tagTxEffectParam)};
+constexpr unsigned long long kSizes[] = {
+    sizeof(tagSampleInfo), sizeof(tagTransparentColorInfo), sizeof(tagVideoInfo),        sizeof(tagPIPPOSITION),
+    sizeof(tagRenderProp), sizeof(tagTxEffectParam),        sizeof(tagQMXTitleTextInfo), sizeof(tagQMXKeystrokeInfo)};
 
 void CallOneOfEach(IQMXDocument& document, IQMXTrack& track, IQMXCleaner& cleaner, IQMXBaseClip& clip,
                    CQMXVideoClip& videoClip, CQMXColorClip& colorClip, CQMXTXClip& transitionClip,
-                   CQMXImageClip& imageClip, IDecoder& decoder, CVideoDecoder& videoDecoder,
-                   CImageDecoder& imageDecoder, CGifDecoder& gifDecoder, ISampleBuffer& buffer)
+                   CQMXImageClip& imageClip, CQMXTitleClip& titleClip, CQMXKeystrokeClip& keystrokeClip,
+                   IDecoder& decoder, CVideoDecoder& videoDecoder, CImageDecoder& imageDecoder, CGifDecoder& gifDecoder,
+                   CTitleDecoder& titleDecoder, CKeystrokeDecoder& keystrokeDecoder, ISampleBuffer& buffer)
 {
+    bool flag = false;
     document.GetTrackCount();
     track.GetClipCount();
     cleaner.AddGarbage(nullptr);
@@ -23,7 +25,10 @@ void CallOneOfEach(IQMXDocument& document, IQMXTrack& track, IQMXCleaner& cleane
     videoDecoder.GetLastFrame();
     imageClip.GetRotation();
     imageDecoder.GetLastFrame();
-    bool flag = false;
     gifDecoder.GetClipVideoFrame(0, flag);
+    titleDecoder.GetClipVideoFrame(0, flag);
+    keystrokeDecoder.GetClipVideoFrame(0, flag);
+    titleClip.AddTitleText(nullptr);
+    keystrokeClip.GetKeystrokeTop();
     buffer.AddRef();
 }

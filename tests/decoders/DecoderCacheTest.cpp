@@ -4,6 +4,8 @@
 #include "engine/decoders/media/VideoDecoder.h"
 #include "engine/decoders/still/GifDecoder.h"
 #include "engine/decoders/still/ImageDecoder.h"
+#include "engine/decoders/still/KeystrokeDecoder.h"
+#include "engine/decoders/still/TitleDecoder.h"
 #include "tests/decoders/NullReference.h"
 #include "tests/decoders/media/FakeMedia.h"
 #include "tests/model/AllocationFailure.h"
@@ -111,6 +113,18 @@ TEST_F(DecoderCache, TypeFourMakesAnImageDecoder)
     EXPECT_TRUE(IsDecoderFor(decoder.Get(), prop));
     EXPECT_FALSE(IsDecoderFor(decoder.Get(), Record(L"a.gif")));
     EXPECT_FALSE(IsDecoderFor(decoder.Get(), Record(L"a.png")));
+}
+
+TEST_F(DecoderCache, TypesOneAndTwoMakeTitleAndKeystrokeDecoders)
+{
+    const DecoderPtr title = Get(L"title", Record(L"", kDecoderTitle));
+    const DecoderPtr keystroke = Get(L"keystroke", Record(L"", kDecoderKeystroke));
+    EXPECT_NE(dynamic_cast<CTitleDecoder*>(title.Get()), nullptr);
+    EXPECT_NE(dynamic_cast<CKeystrokeDecoder*>(keystroke.Get()), nullptr);
+    EXPECT_TRUE(IsDecoderFor(title.Get(), Record(L"", kDecoderTitle)));
+    EXPECT_FALSE(IsDecoderFor(title.Get(), Record(L"", kDecoderKeystroke)));
+    EXPECT_TRUE(IsDecoderFor(keystroke.Get(), Record(L"", kDecoderKeystroke)));
+    EXPECT_FALSE(IsDecoderFor(keystroke.Get(), Record()));
 }
 
 TEST_F(DecoderCache, RecordWithoutAClassGivesNullAndNoEntry)

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <fstream>
 #include <regex>
@@ -119,7 +120,7 @@ TEST_F(CommandLine, AWrongCommandLineIsTwoAndSaysWhatIsWrong)
 TEST_F(CommandLine, ABadProjectIsThreeForEveryCommandThatReadsOne)
 {
     WriteProject(R"({"width": 64, "height": 48, "frameRate": 30, "tracks": [{"id": 1, "clips":
-        [{"type": "title", "start": 0, "duration": 1}]}]})");
+        [{"type": "audio", "start": 0, "duration": 1}]}]})");
     const std::vector<std::vector<std::string>> commands = {{"render", Project(), "-o", Name("a.mp4")},
                                                             {"frame", Project(), "--at", "0", "-o", Name("a.png")},
                                                             {"sheet", Project(), "-o", Name("a.png")},
@@ -130,7 +131,7 @@ TEST_F(CommandLine, ABadProjectIsThreeForEveryCommandThatReadsOne)
         const QmxRun run(arguments);
         EXPECT_EQ(run.ExitCode(), kProject) << arguments[0];
         EXPECT_EQ(run.Errors(), "qmx: " + Project() +
-                                    ": tracks[0].clips[0].type: clips of the kind \"title\" are not supported yet\n");
+                                    ": tracks[0].clips[0].type: clips of the kind \"audio\" are not supported yet\n");
         EXPECT_EQ(run.Output(), "");
     }
     ExpectNothingLeft();
@@ -270,6 +271,26 @@ TEST_F(CommandLine, SheetHasTheAskedNumberOfCells)
     EXPECT_EQ(picture->width, 3U * (96 + 12) + 12);
     EXPECT_EQ(picture->height, 2U * (48 + 4 + 14 + 12) + 12);
     EXPECT_EQ(m_folder.FileCount(), 2U);
+}
+
+TEST_F(CommandLine, TheSampleProjectsOfTextsCanBeShown)
+{
+    for (const char* const pSample : {"titles.json", "typing.json"})
+    {
+        const QmxRun run({"sheet", (fs::path(QMX_SAMPLES_DIR) / pSample).string(), "-o", Name("texts.png"), "--columns",
+                          "2", "--rows", "2"});
+        EXPECT_EQ(run.ExitCode(), 0) << run.Errors();
+        const std::optional<test_support::Picture> sheet = test_support::ReadPng(Name("texts.png"));
+        ASSERT_TRUE(sheet);
+        // The page and its captions are grey: colours are those of texts and labels.
+        int colored = 0;
+        for (std::size_t i = 0; i < sheet->bgra.size(); i += 4)
+        {
+            const auto [low, high] = std::minmax({sheet->bgra[i], sheet->bgra[i + 1], sheet->bgra[i + 2]});
+            colored += high - low > 60 ? 1 : 0;
+        }
+        EXPECT_GT(colored, 500) << pSample;
+    }
 }
 
 TEST_F(CommandLine, RenderWritesAPlayableVideoWithExactTimes)

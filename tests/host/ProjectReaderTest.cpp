@@ -252,11 +252,12 @@ TEST(ProjectReader, RefusesClipsThatOverlapOnATrack)
 
 TEST(ProjectReader, TellsKindsThatAreNotSupportedYetFromUnknownOnes)
 {
-    for (const char* const pKind : {"camera", "title", "transition", "keystroke"})
+    for (const char* const pKind : {"camera", "transition"})
         EXPECT_EQ(ErrorWith("\"color\"", '"' + std::string(pKind) + '"'),
                   "tracks[0].clips[1].type: clips of the kind \"" + std::string(pKind) + "\" are not supported yet");
-    EXPECT_EQ(ErrorWith("\"color\"", "\"colour\""), "tracks[0].clips[1].type: unknown kind \"colour\", the known ones "
-                                                    "are \"video\", \"image\", \"color\" and \"audio\"");
+    EXPECT_EQ(ErrorWith("\"color\"", "\"colour\""),
+              "tracks[0].clips[1].type: unknown kind \"colour\", the known ones "
+              "are \"video\", \"image\", \"color\", \"audio\", \"title\" and \"keystroke\"");
     EXPECT_EQ(ErrorWith("\"rotation\": 90", "\"key\": {}"), "tracks[0].clips[0].key: not supported yet");
 }
 

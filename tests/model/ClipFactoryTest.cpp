@@ -4,6 +4,8 @@
 #include "engine/clips/QMXBaseClip.h"
 #include "engine/clips/QMXColorClip.h"
 #include "engine/clips/QMXImageClip.h"
+#include "engine/clips/QMXKeystrokeClip.h"
+#include "engine/clips/QMXTitleClip.h"
 #include "engine/clips/QMXVideoClip.h"
 #include "engine/model/IQMXTrack.h"
 #include "tests/model/AllocationFailure.h"
@@ -11,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <vector>
 
 namespace
 {
@@ -42,6 +45,16 @@ TEST(CreateClipByClipType, MakesTheClassOfEachKind)
     ASSERT_NE(dynamic_cast<CQMXImageClip*>(image.get()), nullptr);
     EXPECT_EQ(image->GetClipType(), QMXClipType_Image);
     EXPECT_EQ(dynamic_cast<CQMXImageClip*>(image.get())->GetRotation(), 0U);
+    const ClipPtr title(CreateClipByClipType(QMXClipType_Title));
+    EXPECT_NE(dynamic_cast<CQMXTitleClip*>(title.get()), nullptr);
+    EXPECT_EQ(title->GetClipType(), QMXClipType_Title);
+    const ClipPtr keystroke(CreateClipByClipType(QMXClipType_Keystroke));
+    auto* const placed = dynamic_cast<CQMXKeystrokeClip*>(keystroke.get());
+    ASSERT_NE(placed, nullptr);
+    EXPECT_EQ(placed->GetClipType(), QMXClipType_Keystroke);
+    EXPECT_EQ(placed->GetKeystrokeLeft(), 0);
+    EXPECT_EQ(placed->GetKeystrokeTop(), 0);
+    EXPECT_EQ(placed->GetKeystrokeWidth(), 1);
 }
 
 TEST(CreateClipByClipType, UnknownKindGivesNull)
@@ -58,12 +71,14 @@ TEST(CreateClipByClipType, ShortMemoryGivesNull)
     EXPECT_EQ(CreateClipByClipType(QMXClipType_Image), nullptr);
     EXPECT_EQ(CreateClipByClipType(QMXClipType_Color), nullptr);
     EXPECT_EQ(CreateClipByClipType(QMXClipType_Audio), nullptr);
+    EXPECT_EQ(CreateClipByClipType(QMXClipType_Title), nullptr);
+    EXPECT_EQ(CreateClipByClipType(QMXClipType_Keystroke), nullptr);
 }
 
 TEST(DuplicateClip, TakesTheCommonSettingsButNoIdentity)
 {
     for (const QMXClipType type : {QMXClipType_Base, QMXClipType_Video, QMXClipType_Image, QMXClipType_Audio,
-                                   QMXClipType_Color, QMXClipType_Transition})
+                                   QMXClipType_Color, QMXClipType_Transition, QMXClipType_Title, QMXClipType_Keystroke})
     {
         const std::unique_ptr<IQMXTrack> track(CreateQMXTrack(3, QMXTrackType{}, 4, tagPIPPOSITION{}));
         IQMXBaseClip* const source = CreateClipByClipType(type);
@@ -84,6 +99,95 @@ TEST(DuplicateClip, TakesTheCommonSettingsButNoIdentity)
         EXPECT_EQ(copy->GetDuration(), 30U);
         EXPECT_EQ(source->GetDocumentID(), 4U);
     }
+}
+
+TEST(DuplicateClip, OfATitleClipCopiesEveryFieldOfItsTexts)
+{
+    CQMXTitleClip source;
+    for (int n = 0; n < 2; ++n)
+    {
+        auto* const item = new tagQMXTitleTextInfo;
+        item->fontSize = 12.5F;
+        item->color = 0x12345678;
+        item->opacity = 0.25F;
+        item->fontWeight = 300;
+        item->italic = true;
+        item->underline = true;
+        item->textLength = 3;
+        item->x = 0.125;
+        item->y = 0.75;
+        item->speed = 7;
+        item->alignment = 2;
+        item->fontName = L"a family with a long name";
+        item->text = n == 0 ? L"first" : L"second";
+        item->animation = QMXTitleAnimation_BottomToTop;
+        source.AddTitleText(item);
+    }
+    const ClipPtr copy(DuplicateClip(&source));
+    auto* const title = dynamic_cast<CQMXTitleClip*>(copy.get());
+    ASSERT_NE(title, nullptr);
+    std::vector<tagQMXTitleTextInfo*> from;
+    std::vector<tagQMXTitleTextInfo*> to;
+    source.GetTitleTexts(from);
+    title->GetTitleTexts(to);
+    ASSERT_EQ(to.size(), 2U);
+    for (std::size_t i = 0; i < 2; ++i)
+    {
+        EXPECT_NE(to[i], from[i]);
+        EXPECT_EQ(to[i]->fontSize, 12.5F);
+        EXPECT_EQ(to[i]->color, 0x12345678U);
+        EXPECT_EQ(to[i]->opacity, 0.25F);
+        EXPECT_EQ(to[i]->fontWeight, 300U);
+        EXPECT_TRUE(to[i]->italic);
+        EXPECT_TRUE(to[i]->underline);
+        EXPECT_EQ(to[i]->textLength, 3U);
+        EXPECT_EQ(to[i]->x, 0.125);
+        EXPECT_EQ(to[i]->y, 0.75);
+        EXPECT_EQ(to[i]->speed, 7U);
+        EXPECT_EQ(to[i]->alignment, 2U);
+        EXPECT_EQ(to[i]->fontName, from[i]->fontName);
+        EXPECT_EQ(to[i]->text, from[i]->text);
+        EXPECT_EQ(to[i]->animation, 4U);
+    }
+}
+
+TEST(DuplicateClip, OfAKeystrokeClipTakesPlacementAndLabels)
+{
+    CQMXKeystrokeClip source;
+    source.SetLeftAndTopAndWidth(0.25F, 0.5F, 0.75F);
+    auto* const item = new tagQMXKeystrokeInfo;
+    item->startTime = 1;
+    item->endTime = 2;
+    item->fontSize = 3;
+    item->textColor = 4;
+    item->backColor = 5;
+    item->textAlpha = 6;
+    item->backAlpha = 7;
+    item->hostData1 = 8;
+    item->hostData2 = 9;
+    item->text = L"Ctrl + C";
+    item->fontName = L"a family with a long name";
+    source.AddKeystroke(item);
+    const ClipPtr copy(DuplicateClip(&source));
+    auto* const keystroke = dynamic_cast<CQMXKeystrokeClip*>(copy.get());
+    ASSERT_NE(keystroke, nullptr);
+    EXPECT_EQ(keystroke->GetKeystrokeLeft(), 0.25F);
+    EXPECT_EQ(keystroke->GetKeystrokeTop(), 0.5F);
+    EXPECT_EQ(keystroke->GetKeystrokeWidth(), 0.75F);
+    std::vector<tagQMXKeystrokeInfo*> items;
+    ASSERT_EQ(keystroke->GetKeystrokes(items).size(), 1U);
+    EXPECT_NE(items[0], item);
+    EXPECT_EQ(items[0]->startTime, 1U);
+    EXPECT_EQ(items[0]->endTime, 2U);
+    EXPECT_EQ(items[0]->fontSize, 3);
+    EXPECT_EQ(items[0]->textColor, 4U);
+    EXPECT_EQ(items[0]->backColor, 5U);
+    EXPECT_EQ(items[0]->textAlpha, 6);
+    EXPECT_EQ(items[0]->backAlpha, 7);
+    EXPECT_EQ(items[0]->hostData1, 8U);
+    EXPECT_EQ(items[0]->hostData2, 9U);
+    EXPECT_EQ(items[0]->text, L"Ctrl + C");
+    EXPECT_EQ(items[0]->fontName, L"a family with a long name");
 }
 
 TEST(DuplicateClip, OfAVideoClipTakesRateRotationAndColorKey)

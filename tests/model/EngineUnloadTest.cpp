@@ -1,9 +1,11 @@
 // A program that loads the engine at run time: what the cache still holds goes when the library is unloaded.
+#include "engine/clips/QMXTitleClip.h"
 #include "engine/decoders/IDecoder.h"
 #include "engine/platform/SampleBuffer.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,6 +14,10 @@
 #else
 #include <dlfcn.h>
 #include <link.h>
+#endif
+
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
 #endif
 
 namespace
@@ -77,6 +83,54 @@ bool Unload(void* library)
 bool IsLoaded()
 {
     return dlopen(QMX_ENGINE_LIBRARY, RTLD_NOW | RTLD_NOLOAD) != nullptr;
+}
+
+/// Loads the engine. What the libraries below it take while they start, and give back only when the process ends, is no
+/// leak: those that are unloaded with the engine could not be looked at any more.
+void* LoadEngine()
+{
+#ifdef __SANITIZE_ADDRESS__
+    const __lsan::ScopedDisabler disabler;
+#endif
+    return dlopen(QMX_ENGINE_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+}
+
+/// Loads the engine, draws a title and unloads it. @return whether something was to be seen on it
+/// The classes' type information is in the library, which this program is not linked with.
+__attribute__((no_sanitize("vptr"))) bool DrawTitleWithFreshEngine()
+{
+    void* const library = LoadEngine();
+    if (library == nullptr)
+        return false;
+    using CreateFunction = IQMXBaseClip* (*)(QMXClipType);
+    const auto create = reinterpret_cast<CreateFunction>(dlsym(library, "_Z20CreateClipByClipType11QMXClipType"));
+    auto* const clip = create != nullptr ? static_cast<CQMXTitleClip*>(create(QMXClipType_Title)) : nullptr;
+    bool visible = false;
+    if (clip != nullptr)
+    {
+        auto* const item = new tagQMXTitleTextInfo;
+        item->text = L"text";
+        item->textLength = 4;
+        item->fontName = L"DejaVu Sans";
+        clip->AddTitleText(item);
+        tagRenderProp request;
+        request.width = 320;
+        request.height = 288;
+        const SampleBufferPtr frame = SampleBufferPtr::Adopt(clip->GetFrame(request, 0, nullptr));
+        std::uint8_t* pixels = nullptr;
+        std::uint32_t cb = 0;
+        if (frame && frame->GetBuffer(&pixels, &cb))
+            visible = std::any_of(pixels, pixels + cb, [](std::uint8_t byte) { return byte != 0; });
+        delete clip;
+    }
+    dlclose(library);
+    return visible && dlopen(QMX_ENGINE_LIBRARY, RTLD_NOW | RTLD_NOLOAD) == nullptr;
+}
+
+TEST(EngineLibrary, DrawsTextAgainWhenItIsLoadedAgain)
+{
+    for (int round = 0; round < 3; ++round)
+        EXPECT_TRUE(DrawTitleWithFreshEngine()) << round;
 }
 #endif
 

@@ -281,6 +281,11 @@ public:
         return iid == IID_ID3D10Multithread ? static_cast<ID3D10Multithread*>(&m_side) : nullptr;
     }
 #if !defined(_WIN32)
+    HRESULT STDMETHODCALLTYPE CreateTexture2D(const D3D11_TEXTURE2D_DESC*, const D3D11_SUBRESOURCE_DATA*,
+                                              ID3D11Texture2D**) override
+    {
+        return E_NOTIMPL; // films are decoded on it, nothing is drawn
+    }
     D3D_FEATURE_LEVEL STDMETHODCALLTYPE GetFeatureLevel() override
     {
         return D3D_FEATURE_LEVEL_11_0;
