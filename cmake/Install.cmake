@@ -24,6 +24,7 @@ set(QMX_PUBLIC_HEADERS
   engine/model/IQMXDocument.h
   engine/model/IQMXTrack.h
   engine/platform/Export.h
+  engine/platform/DecoderInterop.h
   engine/platform/JpegFrames.h
   engine/platform/PixelUtility.h
   engine/platform/RefPtr.h
@@ -47,8 +48,9 @@ endif()
 
 # ---- libraries ------------------------------------------------------------------------------------------------------
 
-set(QMX_LIBRARIES qmxengine qmxjpegframes qmxpixelutility qmxsamplebuffer)
+set(QMX_LIBRARIES qmxengine qmxdecoderinterop qmxjpegframes qmxpixelutility qmxsamplebuffer)
 set_target_properties(qmxengine PROPERTIES EXPORT_NAME engine)
+set_target_properties(qmxdecoderinterop PROPERTIES EXPORT_NAME decoderinterop)
 set_target_properties(qmxjpegframes PROPERTIES EXPORT_NAME jpegframes)
 set_target_properties(qmxsamplebuffer PROPERTIES EXPORT_NAME samplebuffer)
 set_target_properties(qmxpixelutility PROPERTIES EXPORT_NAME pixelutility)

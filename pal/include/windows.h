@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cwchar>
 
 using BOOL = std::int32_t;
@@ -210,6 +211,9 @@ extern "C"
     /// UTC to local time with the offset that holds now, as the system service does.
     BOOL FileTimeToLocalFileTime(const FILETIME* pFileTime, FILETIME* pLocalFileTime);
 }
+
+/// Opens a file as fopen() does. @param mode  of ASCII characters, at most 15 of them
+extern "C" std::FILE* _wfopen(const wchar_t* fileName, const wchar_t* mode);
 
 /// Case-insensitive comparison of wide strings, code unit by code unit. @return <0, 0 or >0.
 extern "C" int _wcsicmp(const wchar_t* a, const wchar_t* b);
