@@ -9,6 +9,7 @@ set(QMX_PUBLIC_HEADERS
   engine/clips/ClipType.h
   engine/clips/IQMXBaseClip.h
   engine/clips/QMXBaseClip.h
+  engine/clips/QMXCameraClip.h
   engine/clips/QMXColorClip.h
   engine/clips/QMXVideoClip.h
   engine/clips/RenderProp.h
@@ -17,6 +18,7 @@ set(QMX_PUBLIC_HEADERS
   engine/decoders/DecoderCache.h
   engine/decoders/DecoderProp.h
   engine/decoders/IDecoder.h
+  engine/decoders/media/CameraClipDecoder.h
   engine/decoders/media/VideoDecoder.h
   engine/decoders/media/VideoInfo.h
   engine/model/ClipFactory.h

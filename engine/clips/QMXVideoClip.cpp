@@ -24,7 +24,9 @@ bool CarriesAlpha(const std::wstring& path)
 }
 } // namespace
 
-CQMXVideoClip::CQMXVideoClip() : CQMXBaseClip(QMXClipType_Video), m_decoderProp(std::wstring(), 0) {}
+CQMXVideoClip::CQMXVideoClip() : CQMXVideoClip(QMXClipType_Video) {}
+
+CQMXVideoClip::CQMXVideoClip(QMXClipType type) : CQMXBaseClip(type), m_decoderProp(std::wstring(), 0) {}
 
 CQMXVideoClip::~CQMXVideoClip()
 {

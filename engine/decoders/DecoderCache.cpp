@@ -1,6 +1,7 @@
 #include "engine/decoders/DecoderCache.h"
 
 #include "engine/decoders/FileKind.h"
+#include "engine/decoders/media/CameraClipDecoder.h"
 #include "engine/decoders/media/VideoDecoder.h"
 #include "engine/platform/CriticalSectionGuard.h"
 #include "engine/platform/NullReference.h"
@@ -15,7 +16,8 @@ namespace
 enum class DecoderKind
 {
     None,
-    Video
+    Video,
+    Camera
 };
 
 /// The extension comes before the decoder type: a title or image clip whose path ends in "gif" gets a GIF decoder.
@@ -23,7 +25,15 @@ DecoderKind KindFor(const tagDecProp& prop)
 {
     if (HasExtension(prop.filePath, L"gif") || HasExtension(prop.filePath, L"swf"))
         return DecoderKind::None;
-    return prop.decoderType == kDecoderVideo ? DecoderKind::Video : DecoderKind::None;
+    switch (prop.decoderType)
+    {
+    case kDecoderVideo:
+        return DecoderKind::Video;
+    case kDecoderCamera:
+        return DecoderKind::Camera;
+    default:
+        return DecoderKind::None;
+    }
 }
 
 /// Whether the cache can be used: static objects of other modules may still ask when it is gone.
@@ -93,6 +103,8 @@ IDecoder* MakeDecoder(const tagDecProp& prop)
     {
     case DecoderKind::Video:
         return new CVideoDecoder;
+    case DecoderKind::Camera:
+        return new CCameraClipDecoder;
     case DecoderKind::None:
         break;
     }
@@ -105,6 +117,8 @@ bool IsDecoderFor(IDecoder* pDecoder, const tagDecProp& prop)
     {
     case DecoderKind::Video:
         return dynamic_cast<CVideoDecoder*>(pDecoder) != nullptr;
+    case DecoderKind::Camera:
+        return dynamic_cast<CCameraClipDecoder*>(pDecoder) != nullptr;
     case DecoderKind::None:
         break;
     }

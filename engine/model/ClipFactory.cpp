@@ -1,6 +1,7 @@
 #include "engine/model/ClipFactory.h"
 
 #include "engine/clips/QMXBaseClip.h"
+#include "engine/clips/QMXCameraClip.h"
 #include "engine/clips/QMXColorClip.h"
 #include "engine/clips/QMXVideoClip.h"
 
@@ -32,7 +33,7 @@ void CopyOwnSettings(IQMXBaseClip& source, IQMXBaseClip& copy)
             CopyVideoSettings(*videoSource, *videoCopy);
         break;
     }
-    default: // a colour clip makes its picture itself
+    default: // a camera clip keeps the factory's settings, a colour clip its colour
         break;
     }
 }
@@ -46,6 +47,8 @@ IQMXBaseClip* CreateClipByClipType(QMXClipType type)
         return new (std::nothrow) CQMXBaseClip(type);
     case QMXClipType_Video:
         return new (std::nothrow) CQMXVideoClip;
+    case QMXClipType_Camera:
+        return new (std::nothrow) CQMXCameraClip;
     case QMXClipType_Color:
         return new (std::nothrow) CQMXColorClip;
     default:

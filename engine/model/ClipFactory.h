@@ -10,6 +10,7 @@
 QMX_API IQMXBaseClip* CreateClipByClipType(QMXClipType type);
 
 /// A new clip with the settings of @p source: path, duration, start time, in-point and those of its kind (video:
-/// frame rate, rotation, colour key). Track and document ID are not copied.
+/// frame rate, rotation, colour key; a copy of a camera clip starts with the factory's). Track and document ID are not
+/// copied.
 /// @return null for a null source, a kind that the factory does not know, or when memory is short.
 QMX_API IQMXBaseClip* DuplicateClip(IQMXBaseClip* source);

@@ -7,16 +7,18 @@ constexpr unsigned long long kSizes[] = {sizeof(tagSampleInfo), sizeof(tagTransp
                                          sizeof(tagPIPPOSITION), sizeof(tagRenderProp)};
 
 void CallOneOfEach(IQMXDocument& document, IQMXTrack& track, IQMXCleaner& cleaner, IQMXBaseClip& clip,
-                   CQMXVideoClip& videoClip, CQMXColorClip& colorClip, IDecoder& decoder, CVideoDecoder& videoDecoder,
-                   ISampleBuffer& buffer)
+                   CQMXVideoClip& videoClip, CQMXCameraClip& cameraClip, CQMXColorClip& colorClip, IDecoder& decoder,
+                   CVideoDecoder& videoDecoder, CCameraClipDecoder& cameraDecoder, ISampleBuffer& buffer)
 {
     document.GetTrackCount();
     track.GetClipCount();
     cleaner.AddGarbage(nullptr);
     clip.GetDuration();
     videoClip.GetRotation();
+    cameraClip.CopyFrom(nullptr);
     colorClip.IsVideoOpened();
     decoder.AddRef();
     videoDecoder.GetLastFrame();
+    cameraDecoder.GetLastFrame();
     buffer.AddRef();
 }
