@@ -1,6 +1,7 @@
 #include "engine/decoders/DecoderCache.h"
 
 #include "engine/decoders/Decoder.h"
+#include "engine/decoders/media/CameraClipDecoder.h"
 #include "engine/decoders/media/VideoDecoder.h"
 #include "tests/decoders/NullReference.h"
 #include "tests/decoders/media/FakeMedia.h"
@@ -81,6 +82,14 @@ TEST_F(DecoderCache, TypeZeroMakesAVideoDecoder)
     EXPECT_FALSE(IsDecoderFor(nullptr, Record()));
     const DecoderPtr other = DecoderPtr::Adopt(new CDecoder);
     EXPECT_FALSE(IsDecoderFor(other.Get(), Record()));
+}
+
+TEST_F(DecoderCache, TypeThreeMakesACameraClipDecoder)
+{
+    const DecoderPtr decoder = Get(L"key", Record(L"cam.mjpg", kDecoderCamera));
+    EXPECT_NE(dynamic_cast<CCameraClipDecoder*>(decoder.Get()), nullptr);
+    EXPECT_TRUE(IsDecoderFor(decoder.Get(), Record(L"cam.mjpg", kDecoderCamera)));
+    EXPECT_FALSE(IsDecoderFor(decoder.Get(), Record(L"cam.mjpg", kDecoderVideo)));
 }
 
 TEST_F(DecoderCache, RecordWithoutAClassGivesNullAndNoEntry)

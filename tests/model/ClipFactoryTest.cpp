@@ -1,6 +1,7 @@
 #include "engine/model/ClipFactory.h"
 
 #include "engine/clips/QMXBaseClip.h"
+#include "engine/clips/QMXCameraClip.h"
 #include "engine/clips/QMXColorClip.h"
 #include "engine/clips/QMXVideoClip.h"
 #include "engine/model/IQMXTrack.h"
@@ -33,6 +34,12 @@ TEST(CreateClipByClipType, MakesTheClassOfEachKind)
     EXPECT_EQ(video->GetClipType(), QMXClipType_Video);
     EXPECT_NE(dynamic_cast<CQMXColorClip*>(color.get()), nullptr);
     EXPECT_EQ(color->GetClipType(), QMXClipType_Color);
+    const ClipPtr made(CreateClipByClipType(QMXClipType_Camera));
+    auto* const camera = dynamic_cast<CQMXCameraClip*>(made.get());
+    ASSERT_NE(camera, nullptr);
+    EXPECT_EQ(camera->GetClipType(), QMXClipType_Camera);
+    EXPECT_EQ(camera->GetFrameRate(), 30.0);
+    EXPECT_EQ(camera->GetRotation(), 0U);
 }
 
 TEST(CreateClipByClipType, UnknownKindGivesNull)
@@ -46,12 +53,13 @@ TEST(CreateClipByClipType, ShortMemoryGivesNull)
     const CAllocationFailure failure;
     EXPECT_EQ(CreateClipByClipType(QMXClipType_Base), nullptr);
     EXPECT_EQ(CreateClipByClipType(QMXClipType_Video), nullptr);
+    EXPECT_EQ(CreateClipByClipType(QMXClipType_Camera), nullptr);
     EXPECT_EQ(CreateClipByClipType(QMXClipType_Color), nullptr);
 }
 
 TEST(DuplicateClip, TakesTheCommonSettingsButNoIdentity)
 {
-    for (const QMXClipType type : {QMXClipType_Base, QMXClipType_Video, QMXClipType_Color})
+    for (const QMXClipType type : {QMXClipType_Base, QMXClipType_Video, QMXClipType_Camera, QMXClipType_Color})
     {
         const std::unique_ptr<IQMXTrack> track(CreateQMXTrack(3, QMXTrackType{}, 4, tagPIPPOSITION{}));
         IQMXBaseClip* const source = CreateClipByClipType(type);
