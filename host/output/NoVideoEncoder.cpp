@@ -17,4 +17,9 @@ VideoEncoder::VideoEncoder(const std::filesystem::path& target, const EncoderSet
 VideoEncoder::~VideoEncoder() = default;
 void VideoEncoder::Write(const Canvas& /*canvas*/) {}
 void VideoEncoder::Finish() {}
+void VideoEncoder::Close() {}
+std::vector<EncodedFrame> VideoEncoder::Frames() const
+{
+    return {};
+}
 } // namespace qmx::host
