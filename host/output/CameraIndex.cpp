@@ -4,29 +4,7 @@
 
 namespace qmx::host
 {
-namespace fs = std::filesystem;
-
-fs::path CameraMediaPath(const fs::path& name)
-{
-    return fs::path(name).replace_extension(IsMotionJpegName(name) ? ".mov" : ".mp4");
-}
-
-fs::path CameraIndexPath(const fs::path& name)
-{
-    return fs::path(name).replace_extension(".meta");
-}
-
-bool IsCameraName(const fs::path& name)
-{
-    return IsMotionJpegName(name) || name.extension() == ".h264";
-}
-
-bool IsMotionJpegName(const fs::path& name)
-{
-    return name.extension() == ".mjpg";
-}
-
-CameraIndexFile::CameraIndexFile(const fs::path& target)
+CameraIndexFile::CameraIndexFile(const std::filesystem::path& target)
     : m_output(target), m_file(m_output.Path(), std::ios::binary | std::ios::trunc)
 {
 }

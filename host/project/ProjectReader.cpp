@@ -20,7 +20,7 @@ namespace
 using Kind = JsonValue::Kind;
 
 constexpr double kMaxFraction = 16; // of the canvas, for boxes and their corners
-constexpr std::array kLaterKinds{"camera", "audio", "image", "title", "transition", "keystroke"};
+constexpr std::array kLaterKinds{"audio", "image", "title", "transition", "keystroke"};
 constexpr std::array kLaterFields{"volume", "mute", "key"};
 
 std::string Quoted(std::string_view text)
@@ -141,11 +141,13 @@ ClipKind ReadKind(ObjectReader& reader)
     const std::string& kind = reader.Need("type", Kind::Text).text;
     if (kind == "video")
         return ClipKind::Video;
+    if (kind == "camera")
+        return ClipKind::Camera;
     if (kind == "color")
         return ClipKind::Color;
     if (std::find(kLaterKinds.begin(), kLaterKinds.end(), kind) != kLaterKinds.end())
         reader.Fail("type", "clips of the kind " + Quoted(kind) + " are not supported yet");
-    reader.Fail("type", "unknown kind " + Quoted(kind) + ", the known ones are \"video\" and \"color\"");
+    reader.Fail("type", "unknown kind " + Quoted(kind) + ", the known ones are \"video\", \"camera\" and \"color\"");
 }
 
 void ReadVideoFields(ObjectReader& reader, ProjectClip& clip, const std::filesystem::path& folder)
@@ -188,7 +190,7 @@ ProjectClip ReadClip(const JsonValue& value, std::string place, const std::files
     if (end <= clip.start)
         reader.Fail("duration", "must be greater than 0");
     clip.duration = end - clip.start;
-    if (clip.kind == ClipKind::Video)
+    if (clip.kind != ClipKind::Color)
         ReadVideoFields(reader, clip, folder);
     reader.Finish();
     return clip;
