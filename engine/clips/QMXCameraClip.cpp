@@ -16,6 +16,7 @@ void CQMXCameraClip::CopyFrom(IQMXBaseClip* source)
     auto* const camera = dynamic_cast<CQMXCameraClip*>(source);
     if (camera == nullptr)
         return;
+    // NOLINTNEXTLINE(bugprone-parent-virtual-call): the video clip's takes from video clips only
     CQMXBaseClip::CopyFrom(source);
     m_nRotation = camera->GetRotation();
     m_dFrameRate = camera->GetFrameRate();

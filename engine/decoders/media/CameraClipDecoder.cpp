@@ -213,8 +213,9 @@ bool CCameraClipDecoder::_ReadJpeg(std::uint64_t frameIndex, std::uint32_t& cb)
     std::uint64_t time = 0;
     std::uint64_t offset = 0;
     std::uint64_t length = 0;
-    if (!SeekTo(m_fpMeta, static_cast<std::uint32_t>(frameIndex) * kRecordBytes) || !ReadField(m_fpMeta, time) ||
-        !ReadField(m_fpMeta, offset) || !ReadField(m_fpMeta, length))
+    const std::uint32_t place = static_cast<std::uint32_t>(frameIndex) * kRecordBytes; // wraps around
+    if (!SeekTo(m_fpMeta, place) || !ReadField(m_fpMeta, time) || !ReadField(m_fpMeta, offset) ||
+        !ReadField(m_fpMeta, length))
         return false;
     if (length == 0 || length > kMaxBytes || !SeekTo(m_fpMedia, offset))
         return false;
