@@ -11,6 +11,7 @@ set(QMX_PUBLIC_HEADERS
   engine/clips/IQMXBaseClip.h
   engine/clips/QMXAudioClip.h
   engine/clips/QMXBaseClip.h
+  engine/clips/QMXCameraClip.h
   engine/clips/QMXColorClip.h
   engine/clips/QMXTXClip.h
   engine/clips/QMXSoundClip.h
@@ -25,6 +26,7 @@ set(QMX_PUBLIC_HEADERS
   engine/decoders/DecoderProp.h
   engine/decoders/IDecoder.h
   engine/decoders/media/AudioDecoder.h
+  engine/decoders/media/CameraClipDecoder.h
   engine/decoders/media/VideoDecoder.h
   engine/decoders/media/VideoInfo.h
   engine/decoders/still/GifDecoder.h
@@ -39,6 +41,8 @@ set(QMX_PUBLIC_HEADERS
   engine/model/IQMXDocument.h
   engine/model/IQMXTrack.h
   engine/platform/Export.h
+  engine/platform/DecoderInterop.h
+  engine/platform/JpegFrames.h
   engine/platform/PixelUtility.h
   engine/platform/RefPtr.h
   engine/platform/SampleBuffer.h
@@ -62,8 +66,10 @@ endif()
 
 # ---- libraries ------------------------------------------------------------------------------------------------------
 
-set(QMX_LIBRARIES qmxengine qmxsamplebuffer qmxpixelutility)
+set(QMX_LIBRARIES qmxengine qmxdecoderinterop qmxjpegframes qmxpixelutility qmxsamplebuffer)
 set_target_properties(qmxengine PROPERTIES EXPORT_NAME engine)
+set_target_properties(qmxdecoderinterop PROPERTIES EXPORT_NAME decoderinterop)
+set_target_properties(qmxjpegframes PROPERTIES EXPORT_NAME jpegframes)
 set_target_properties(qmxsamplebuffer PROPERTIES EXPORT_NAME samplebuffer)
 set_target_properties(qmxpixelutility PROPERTIES EXPORT_NAME pixelutility)
 foreach(library IN LISTS QMX_LIBRARIES)

@@ -5,6 +5,7 @@
 #include "host/commands/FrameCommand.h"
 #include "host/commands/HashCommand.h"
 #include "host/commands/InfoCommand.h"
+#include "host/commands/PackCameraCommand.h"
 #include "host/commands/RenderCommand.h"
 #include "host/commands/SheetCommand.h"
 #include "host/output/ContactSheet.h"
@@ -48,7 +49,16 @@ struct Options
     AudioOptions audio;
     InfoOptions info;
     CheckEffectOptions checkEffect;
+    PackCameraOptions packCamera;
 };
+
+void AddProgress(CLI::App& command, Options& options)
+{
+    CLI::Option* const pNone = command.add_flag("--no-progress", options.noProgress, "Show no progress");
+    command.add_option("--progress", options.progress, "json: one JSON object per line on standard output")
+        ->check(CLI::IsMember({"json"}))
+        ->excludes(pNone);
+}
 
 CLI::App* AddRender(CLI::App& app, Options& options)
 {
@@ -62,10 +72,7 @@ CLI::App* AddRender(CLI::App& app, Options& options)
     pCommand->add_option("--preset", options.render.preset, "Speed of the encoder against size of the file")
         ->capture_default_str()
         ->check(CLI::IsMember(kPresets));
-    CLI::Option* const pNone = pCommand->add_flag("--no-progress", options.noProgress, "Show no progress");
-    pCommand->add_option("--progress", options.progress, "json: one JSON object per line on standard output")
-        ->check(CLI::IsMember({"json"}))
-        ->excludes(pNone);
+    AddProgress(*pCommand, options);
     return pCommand;
 }
 
@@ -130,6 +137,26 @@ CLI::App* AddCheckEffect(CLI::App& app, Options& options)
     return pCommand;
 }
 
+CLI::App* AddPackCamera(CLI::App& app, Options& options)
+{
+    CLI::App* const pCommand = app.add_subcommand("pack-camera", "Make a camera recording of a video");
+    PackCameraOptions& pack = options.packCamera;
+    pCommand->add_option("IN", pack.input, "Video file")->required()->type_name("");
+    pCommand
+        ->add_option("OUT", pack.output,
+                     "Name of the recording: *.mjpg (writes *.mov and *.meta) or *.h264 (*.mp4 and *.meta)")
+        ->required()
+        ->type_name("");
+    pCommand->add_option("--quality", pack.quality, "Quality of Motion-JPEG, 1 (worst) to 100")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 100));
+    pCommand->add_option("--crf", pack.crf, "Quality of H.264, 0 (lossless) to 51 (worst)")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 51));
+    AddProgress(*pCommand, options);
+    return pCommand;
+}
+
 ProgressMode ModeOf(const Options& options)
 {
     if (!options.progress.empty())
@@ -150,6 +177,7 @@ ExitCode RunCommandLine(int count, const char* const* arguments)
     const CLI::App* const pSheet = AddSheet(app, options);
     const CLI::App* const pHash = AddHash(app, options);
     const CLI::App* const pAudio = AddAudio(app, options);
+    const CLI::App* const pPackCamera = AddPackCamera(app, options);
     AddInfo(app, options);
     const CLI::App* const pCheckEffect = AddCheckEffect(app, options);
     try
@@ -168,6 +196,11 @@ ExitCode RunCommandLine(int count, const char* const* arguments)
     {
         options.render.progress = ModeOf(options);
         RunRender(options.render);
+    }
+    else if (pPackCamera->parsed())
+    {
+        options.packCamera.progress = ModeOf(options);
+        RunPackCamera(options.packCamera);
     }
     else if (pFrame->parsed())
         RunFrame(options.frame);

@@ -1,5 +1,6 @@
 #include "companions/pixelutility/Bands.h"
 #include "companions/pixelutility/BgraPicture.h"
+#include "companions/pixelutility/ConvertNv12.h"
 #include "companions/pixelutility/LetterBox.h"
 #include "companions/pixelutility/RotateBgra.h"
 #include "companions/pixelutility/ScaleBgra.h"
@@ -44,31 +45,58 @@ bool FromFrame(ISampleBuffer* pFrame, BgraPicture& picture)
     info.nStride = info.nWidth * 4;
     return BgraPicture::FromDescriptor(&info, picture) && picture.Pixels() * 4 <= cb;
 }
+
+/// Where a picture that is scaled and turned goes.
+struct TurnedTarget
+{
+    BgraPicture picture;
+    std::uint32_t width = 0; ///< before the turn
+    std::uint32_t height = 0;
+};
+
+/// @return false when there is nothing to write to, or an angle that is none: the target is then cleared.
+bool PrepareTarget(const tagSampleInfo* pTarget, std::uint32_t angle, TurnedTarget& target)
+{
+    tagSampleInfo info = pTarget ? *pTarget : tagSampleInfo();
+    if (IsQuarter(angle))
+        info.nStride = info.nWidth * 4; // the rows that are written are tight, whatever the record says
+    BgraPicture& picture = target.picture;
+    if (!BgraPicture::FromDescriptor(&info, picture))
+        return false;
+    if (!IsQuarterTurn(angle))
+    {
+        picture.Clear();
+        return false;
+    }
+    target.width = picture.width;
+    target.height = picture.height;
+    if (IsQuarter(angle))
+        picture = {picture.pData, target.height, target.width, target.height * 4};
+    return true;
+}
+
+ShrinkMode ShrinkModeOf(std::uint32_t mode)
+{
+    return mode == kScaleArea ? ShrinkMode::Area : ShrinkMode::Bilinear;
+}
 } // namespace
 
 bool ScaleAndRotateBGRA(const tagSampleInfo* pSource, const tagSampleInfo* pTarget, std::uint32_t angle,
                         std::uint32_t mode)
 {
-    tagSampleInfo info = pTarget ? *pTarget : tagSampleInfo();
-    if (IsQuarter(angle))
-        info.nStride = info.nWidth * 4; // the rows that are written are tight, whatever the record says
-    BgraPicture target;
-    if (!BgraPicture::FromDescriptor(&info, target))
-        return false;
-    if (!IsQuarterTurn(angle))
-    {
-        target.Clear();
-        return false;
-    }
+    TurnedTarget target;
     BgraPicture source;
-    if (!BgraPicture::FromDescriptor(pSource, source))
-        return false;
-    const std::uint32_t width = target.width;
-    const std::uint32_t height = target.height;
-    if (IsQuarter(angle))
-        target = {target.pData, height, width, height * 4};
-    const ShrinkMode shrink = mode == kScaleArea ? ShrinkMode::Area : ShrinkMode::Bilinear;
-    return ScaleAndTurnPicture(source, width, height, target, angle, shrink);
+    return PrepareTarget(pTarget, angle, target) && BgraPicture::FromDescriptor(pSource, source) &&
+           ScaleAndTurnPicture(source, target.width, target.height, target.picture, angle, ShrinkModeOf(mode));
+}
+
+bool ScaleAndConvertNV12(const tagSampleInfo* pSource, const tagSampleInfo* pTarget, std::uint32_t angle,
+                         std::uint32_t mode)
+{
+    TurnedTarget target;
+    Nv12Picture source;
+    return PrepareTarget(pTarget, angle, target) && Nv12Picture::FromDescriptor(pSource, source) &&
+           ConvertScaleAndTurn(source, target.width, target.height, target.picture, angle, ShrinkModeOf(mode));
 }
 
 bool RotateBGRA(const tagSampleInfo* pSource, const tagSampleInfo* pTarget, std::uint32_t angle)

@@ -13,8 +13,6 @@ using qmx::kernels::ResampleAxis;
 using qmx::kernels::ResampleMethod;
 using qmx::kernels::ResampleTaps;
 
-namespace
-{
 ResampleAxis MakeAxis(std::uint32_t source, std::uint32_t target, ShrinkMode mode)
 {
     const bool area = mode == ShrinkMode::Area && target < source;
@@ -34,14 +32,14 @@ ResampleTaps TakeTaps(CScratch& scratch, const ResampleAxis& axis, std::uint32_t
     return MakeResampleTaps(axis, pairs, pFirst, pWeights);
 }
 
-/// Rows that are scaled before they are turned together: they stay in the second-level cache, and a quarter turn still
-/// writes whole cache lines.
 std::uint32_t RowsPerTurn(std::uint32_t width)
 {
     constexpr std::uint32_t kBytes = 256 * 1024;
     return std::clamp(kBytes / (width * 4), 16U, 64U);
 }
 
+namespace
+{
 /// What one band works in.
 struct BandScratch
 {

@@ -17,7 +17,9 @@ constexpr std::uint32_t kThumbnailWidth = 640;
 constexpr double kThumbnailFrameRate = 30.0;
 } // namespace
 
-CQMXVideoClip::CQMXVideoClip() : CQMXSoundClip(QMXClipType_Video), m_decoderProp(std::wstring(), 0) {}
+CQMXVideoClip::CQMXVideoClip() : CQMXVideoClip(QMXClipType_Video) {}
+
+CQMXVideoClip::CQMXVideoClip(QMXClipType type) : CQMXSoundClip(type), m_decoderProp(std::wstring(), 0) {}
 
 CQMXVideoClip::~CQMXVideoClip()
 {

@@ -47,6 +47,9 @@ public:
     virtual bool IsTransparentColorOn();                    // slot 41
 
 protected:
+    /// For the kinds of clips that are video clips but for their decoder.
+    explicit CQMXVideoClip(QMXClipType type);
+
     /// The record that this clip asks a decoder with. Throws std::bad_alloc.
     tagDecProp MakeDecoderProp(const tagRenderProp& request, std::uint32_t decoderType);
     bool OpenSharedDecoder();
@@ -54,6 +57,7 @@ protected:
     bool ShowsAttachment();
     std::uint64_t AttachDecoderProp();
     SampleBufferPtr KeyFrame(const SampleBufferPtr& frame);
+    SampleBufferPtr GetAttachedFrame();
     static SampleBufferPtr RotateFrame(ISampleBuffer& source, std::uint32_t rotation);
 
     std::uint32_t m_nRotation = 0;
@@ -66,7 +70,6 @@ protected:
     bool m_bAskingAttachment = false; ///< set while the attached clip is asked, so that a ring of clips ends
 
 private:
-    SampleBufferPtr GetAttachedFrame();
     void DropTransparentColor();
 
     SampleBufferPtr m_pKeySource;        ///< the decoder's frame of which m_pKeyedFrame was made

@@ -1,6 +1,7 @@
 #include "engine/decoders/DecoderCache.h"
 
 #include "engine/decoders/FileKind.h"
+#include "engine/decoders/media/CameraClipDecoder.h"
 #include "engine/decoders/media/VideoDecoder.h"
 #include "engine/decoders/still/GifDecoder.h"
 #include "engine/decoders/still/ImageDecoder.h"
@@ -23,7 +24,8 @@ enum class DecoderKind
     Image,
     Video,
     Title,
-    Keystroke
+    Keystroke,
+    Camera
 };
 
 /// The extension comes before the decoder type: a title or image clip whose path ends in "gif" gets a GIF decoder.
@@ -43,6 +45,8 @@ DecoderKind KindFor(const tagDecProp& prop)
         return DecoderKind::Title;
     case kDecoderKeystroke:
         return DecoderKind::Keystroke;
+    case kDecoderCamera:
+        return DecoderKind::Camera;
     default:
         return DecoderKind::None;
     }
@@ -123,6 +127,8 @@ IDecoder* MakeDecoder(const tagDecProp& prop)
         return new CTitleDecoder;
     case DecoderKind::Keystroke:
         return new CKeystrokeDecoder;
+    case DecoderKind::Camera:
+        return new CCameraClipDecoder;
     case DecoderKind::None:
         break;
     }
@@ -143,6 +149,8 @@ bool IsDecoderFor(IDecoder* pDecoder, const tagDecProp& prop)
         return dynamic_cast<CTitleDecoder*>(pDecoder) != nullptr;
     case DecoderKind::Keystroke:
         return dynamic_cast<CKeystrokeDecoder*>(pDecoder) != nullptr;
+    case DecoderKind::Camera:
+        return dynamic_cast<CCameraClipDecoder*>(pDecoder) != nullptr;
     case DecoderKind::None:
         break;
     }

@@ -2,6 +2,7 @@
 
 #include "engine/clips/QMXAudioClip.h"
 #include "engine/clips/QMXBaseClip.h"
+#include "engine/clips/QMXCameraClip.h"
 #include "engine/clips/QMXColorClip.h"
 #include "engine/clips/QMXImageClip.h"
 #include "engine/clips/QMXKeystrokeClip.h"
@@ -100,7 +101,7 @@ void CopyOwnSettings(IQMXBaseClip& source, IQMXBaseClip& copy)
             CopyTransitionClips(*transitionSource, *transitionCopy);
         break;
     }
-    default: // a colour clip makes its picture itself, an audio clip has no settings of its own
+    default: // a camera clip keeps the factory's settings, a colour clip its colour
         break;
     }
 }
@@ -114,6 +115,8 @@ IQMXBaseClip* CreateClipByClipType(QMXClipType type)
         return new (std::nothrow) CQMXBaseClip(type);
     case QMXClipType_Video:
         return new (std::nothrow) CQMXVideoClip;
+    case QMXClipType_Camera:
+        return new (std::nothrow) CQMXCameraClip;
     case QMXClipType_Audio:
         return new (std::nothrow) CQMXAudioClip;
     case QMXClipType_Image:

@@ -11,6 +11,7 @@ QMX_API IQMXBaseClip* CreateClipByClipType(QMXClipType type);
 
 /// A new clip with the settings of @p source: path, duration, start time, in-point and those of its kind (video:
 /// frame rate, rotation, colour key; image: rotation; title: its texts; keystroke: its labels and their place;
-/// transition: copies of its clips). Track and document ID are not copied.
+/// transition: copies of its clips; a copy of a camera clip starts with the factory's). Track and document ID are not
+/// copied.
 /// @return null for a null source, a kind that the factory does not know, or when memory is short.
 QMX_API IQMXBaseClip* DuplicateClip(IQMXBaseClip* source);

@@ -1,5 +1,5 @@
 /// @file PixelUtility.h
-/// Operations of the pixel utility library on BGRA pictures (bytes B, G, R, A; straight alpha).
+/// Operations of the pixel utility library, on BGRA pictures (bytes B, G, R, A; straight alpha) unless said otherwise.
 /// Every operation answers false on a descriptor it cannot use (null pixels, a side of 0 or above 32,767, a stride
 /// below width * 4) and when memory is short, and then writes nothing, unless it says otherwise. Source and target must
 /// not overlap. Operations may be called from several threads at a time; each shares its rows out over the library's
@@ -28,6 +28,12 @@ extern "C"
     /// @return false for an angle other than 0, 90, 180 and 270: the target is then cleared to transparent black.
     QMX_PIXELUTILITY_API bool ScaleAndRotateBGRA(const tagSampleInfo* pSource, const tagSampleInfo* pTarget,
                                                  std::uint32_t angle, std::uint32_t mode);
+    /// Converts an NV12 picture to BGRA, then as ScaleAndRotateBGRA(), in one pass over the rows.
+    /// @param pSource  Y rows of nWidth bytes, behind them UV rows of (nWidth + 1) / 2 pairs, (nHeight + 1) / 2 of
+    ///                 them; stride and further planes are not looked at. Limited range, BT.709 from 720 rows up and
+    ///                 BT.601 below: the descriptor has no room to say anything else.
+    QMX_PIXELUTILITY_API bool ScaleAndConvertNV12(const tagSampleInfo* pSource, const tagSampleInfo* pTarget,
+                                                  std::uint32_t angle, std::uint32_t mode);
     /// Turns @p pSource clockwise by @p angle degrees. @p pTarget describes the rotated picture: its size must be the
     /// source's (0, 180) or the source's exchanged (90, 270).
     /// @return false for any other angle or size: the target is then cleared to transparent black.

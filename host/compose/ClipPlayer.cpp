@@ -19,6 +19,9 @@ ClipPlayer::ClipPlayer(IQMXTrack& track, int index, std::uint32_t width, std::ui
     m_isVideo = true;
     m_frameDuration = std::max<std::uint64_t>(1, static_cast<std::uint64_t>(1e7 / source.frameRate));
     m_statedFrames = source.duration / m_frameDuration;
+    m_askTwice = source.askTwice;
+    if (source.frames != 0)
+        m_lastFrame = source.frames - 1;
     m_origin = clip.GetStartTime() - clip.GetInPoint(); // wraps around as the engine's own sums do
 }
 
@@ -54,6 +57,8 @@ void ClipPlayer::Close(bool forget)
 ClipPlayer::Answer ClipPlayer::Ask(std::uint64_t time)
 {
     Answer answer;
+    if (m_askTwice)
+        SampleBufferPtr::Adopt(m_track.GetFrameByIndex(m_request, m_index, time, &answer.beyond));
     answer.pPicture = SampleBufferPtr::Adopt(m_track.GetFrameByIndex(m_request, m_index, time, &answer.beyond));
     return answer;
 }

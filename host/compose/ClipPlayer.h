@@ -19,6 +19,9 @@ public:
     {
         double frameRate = 30;      ///< frames per second, greater than 0
         std::uint64_t duration = 0; ///< as the container says, 100 ns; 0 when it does not
+        std::uint64_t frames = 0;   ///< exactly, where that is known beforehand; otherwise 0
+        /// The decoder may answer with the picture before once more and gives the right one when it is asked again.
+        bool askTwice = false;
     };
 
     /// @param track   borrowed; @param index  of the clip on it
@@ -52,6 +55,7 @@ private:
     int m_index;
     tagRenderProp m_request;
     bool m_isVideo = false;
+    bool m_askTwice = false;             ///< see Source
     std::uint64_t m_frameDuration = 0;   ///< of the source, 100 ns, rounded down as the engine rounds it
     std::uint64_t m_statedFrames = 0;    ///< frames of the source as its container says; 0 when it does not
     std::uint64_t m_origin = 0;          ///< time on the time line of the source's start; may be "negative"

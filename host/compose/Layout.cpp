@@ -31,7 +31,7 @@ std::uint32_t VideoHeightForWidth(const VideoShape& shape, std::uint32_t width)
                         (static_cast<double>(shape.pixelAspectX) * shape.width);
     if (!(rows < 4294967295.0))
         return 0;
-    return static_cast<std::uint32_t>(rows) & ~1U;
+    return static_cast<std::uint32_t>(rows) & ~(shape.evenRows ? 1U : 0U);
 }
 
 std::optional<PictureSize> FitVideo(const VideoShape& shape, std::uint32_t rotation, std::uint32_t boxWidth,

@@ -24,6 +24,7 @@ struct VideoShape
     std::uint32_t height = 0;
     std::uint32_t pixelAspectX = 1; ///< a pixel's width against …
     std::uint32_t pixelAspectY = 1; ///< … its height
+    bool evenRows = true;           ///< what the video decoder makes; camera recordings keep odd ones
 };
 
 /// Size of a picture before it is rotated.
@@ -34,8 +35,8 @@ struct PictureSize
     friend constexpr bool operator==(const PictureSize&, const PictureSize&) = default;
 };
 
-/// Rows that the engine's video decoder makes for a request of @p width pixels: trunc(width / display aspect), without
-/// the lowest bit.
+/// Rows that the engine's decoder makes for a request of @p width pixels: trunc(width / display aspect), even where the
+/// shape says so.
 std::uint32_t VideoHeightForWidth(const VideoShape& shape, std::uint32_t width);
 
 /// The largest request whose picture, turned by @p rotation, keeps its display aspect and lies inside a box.

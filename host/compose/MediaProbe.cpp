@@ -1,6 +1,8 @@
 #include "host/compose/MediaProbe.h"
 
 #include "host/HostError.h"
+#include "host/project/CameraFiles.h"
+#include "host/project/FrameRate.h"
 #include "host/system/Platform.h"
 
 #include "engine/decoders/FileKind.h"
@@ -9,7 +11,10 @@
 #include <mfreadwrite.h>
 #include <propvarutil.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 #include <fstream>
 
@@ -17,6 +22,42 @@ namespace qmx::host
 {
 namespace
 {
+namespace fs = std::filesystem;
+
+/// Counts the records and reads the times of the first and the last of them.
+/// @return a reason not to go on, or nothing
+std::string ReadIndex(const fs::path& path, CameraFacts& facts)
+{
+    std::error_code error;
+    errno = 0;
+    std::ifstream file(path, std::ios::binary);
+    const std::uintmax_t cb = fs::file_size(path, error);
+    if (!file || error)
+        return std::string("its index ") + path.filename().string() +
+               " cannot be opened: " + (errno != 0 ? std::strerror(errno) : "not a file");
+    facts.frames = cb / CameraRecord::kBytes;
+    if (facts.frames == 0)
+        return "its index holds no frames";
+    const auto timeOf = [&](std::uint64_t frame)
+    {
+        std::array<char, 8> bytes{};
+        file.seekg(static_cast<std::streamoff>(frame * CameraRecord::kBytes));
+        file.read(bytes.data(), bytes.size());
+        std::uint64_t time = 0;
+        for (std::size_t i = bytes.size(); i-- > 0;)
+            time = time << 8 | static_cast<std::uint8_t>(bytes[i]);
+        return time;
+    };
+    const std::uint64_t first = timeOf(0);
+    const std::uint64_t last = timeOf(facts.frames - 1);
+    if (facts.frames > 1 && last > first)
+    {
+        const double rate = static_cast<double>(facts.frames - 1) * 1e7 / static_cast<double>(last - first);
+        facts.frameRate = LikelyRate(rate, facts.frames - 1, last - first);
+    }
+    return {};
+}
+
 /// The engine reports no reasons, so those that a user can mend are found out first.
 /// @param fail  makes the error of a reason
 template <class Fail> void CheckReadable(const std::filesystem::path& path, const Fail& fail)
@@ -42,6 +83,47 @@ double DurationOf(IMFSourceReader& reader)
     return static_cast<double>(duration) / 1e7;
 }
 } // namespace
+
+double LikelyRate(double mean, std::uint64_t frames, std::uint64_t duration)
+{
+    constexpr double kMaxRate = FrameRate::kMaxPerSecond;
+    const double whole = std::round(mean);
+    for (const double rate : {whole, std::round(mean * 1.001) / 1.001})
+    {
+        // Times are rounded down to 100 ns.
+        const double exact = static_cast<double>(frames) * 1e7 / rate;
+        if (rate > 0 && rate <= kMaxRate && std::abs(exact - static_cast<double>(duration)) < 2.0)
+            return rate;
+    }
+    return std::clamp(mean, 1.0 / kMaxRate, kMaxRate);
+}
+
+const CameraFacts& MediaProbe::Camera(const fs::path& name, const std::string& subject, const std::string& prefix)
+{
+    if (const auto it = m_cameras.find(name); it != m_cameras.end())
+        return it->second;
+    const auto fail = [&](const std::string& reason) { return HostError(ExitCode::Media, subject, prefix + reason); };
+    if (!IsCameraName(name))
+        throw fail("is no camera recording: the name must end in .mjpg or .h264");
+    CameraFacts facts;
+    if (const std::string reason = ReadIndex(CameraIndexPath(name), facts); !reason.empty())
+        throw fail(reason);
+    if (!fs::exists(CameraMediaPath(name)))
+        throw fail("its media file " + CameraMediaPath(name).filename().string() + " does not exist");
+    tagDecProp prop(CameraEnginePath(name), 0);
+    prop.flags = kRequestNoAttachment; // pictures as they are stored
+    prop.decoderType = kDecoderCamera;
+    const RefPtr<CCameraClipDecoder> pDecoder = RefPtr<CCameraClipDecoder>::Adopt(new CCameraClipDecoder);
+    bool flag = false;
+    SampleBufferPtr pPicture;
+    if (pDecoder->Initialize(prop))
+        pPicture = SampleBufferPtr::Adopt(pDecoder->GetClipVideoFrame(0, flag));
+    if (!pPicture)
+        throw fail("its first frame cannot be read");
+    facts.width = pPicture->GetWidth();
+    facts.height = pPicture->GetHeight();
+    return m_cameras.emplace(name, facts).first->second;
+}
 
 const tagVideoInfo& MediaProbe::Video(const std::filesystem::path& path, const std::string& subject,
                                       const std::string& prefix)

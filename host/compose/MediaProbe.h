@@ -22,6 +22,21 @@ struct SoundFacts
     double duration = 0;        ///< seconds, of the whole file; 0 when it does not say
 };
 
+/// A camera recording, found out from its index and its first frame.
+struct CameraFacts
+{
+    std::uint32_t width = 0; ///< pixels
+    std::uint32_t height = 0;
+    std::uint64_t frames = 0; ///< records of the index
+    double frameRate = 30;    ///< mean over the recording, frames per second
+};
+
+/// The rate of a recording whose frames were counted: a whole number or one of the sort of 30000/1001 where that gives
+/// the same duration, else the mean.
+/// @param mean      frames per second, greater than 0
+/// @param frames    from the first to the last  @param duration  of them, 100 ns
+double LikelyRate(double mean, std::uint64_t frames, std::uint64_t duration);
+
 /// Finds out about each file once. Needs running media services (EngineSession).
 class MediaProbe
 {
@@ -49,9 +64,14 @@ public:
     const PictureFacts* FindPicture(const std::filesystem::path& path, const std::string& subject,
                                     const std::string& prefix);
 
+    /// The same for a camera recording. @param name  ends in .mjpg or .h264
+    /// @throw HostError  ExitCode::Media
+    const CameraFacts& Camera(const std::filesystem::path& name, const std::string& subject, const std::string& prefix);
+
 private:
     std::map<std::filesystem::path, PictureFacts> m_knownPictures;
     std::map<std::filesystem::path, tagVideoInfo> m_known;
     std::map<std::filesystem::path, std::optional<SoundFacts>> m_sounds;
+    std::map<std::filesystem::path, CameraFacts> m_cameras;
 };
 } // namespace qmx::host

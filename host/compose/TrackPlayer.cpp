@@ -1,7 +1,7 @@
 #include "host/compose/TrackPlayer.h"
 
 #include "host/HostError.h"
-#include "host/compose/Layout.h"
+#include "host/project/CameraFiles.h"
 #include "host/project/Decimal.h"
 #include "host/system/Platform.h"
 
@@ -41,6 +41,8 @@ QMXClipType TypeOf(ClipKind kind)
         return QMXClipType_Title;
     case ClipKind::Keystroke:
         return QMXClipType_Keystroke;
+    case ClipKind::Camera:
+        return QMXClipType_Camera;
     case ClipKind::Color:
         break;
     }
@@ -82,14 +84,26 @@ TrackPlayer::TrackPlayer(IQMXDocument& document, MediaProbe& probe, const Projec
     m_clips.reserve(track.clips.size());
     for (const ProjectClip& clip : track.clips)
     {
-        if (clip.kind == ClipKind::Video)
+        switch (clip.kind)
+        {
+        case ClipKind::Video:
             AddVideo(probe, clip);
-        else if (clip.kind == ClipKind::Audio)
+            break;
+        case ClipKind::Camera:
+            AddCamera(probe, clip);
+            break;
+        case ClipKind::Audio:
             AddAudio(probe, clip);
-        else if (clip.kind == ClipKind::Image)
+            break;
+        case ClipKind::Image:
             AddImage(probe, clip);
-        else
+            break;
+        case ClipKind::Color:
+        case ClipKind::Title:
+        case ClipKind::Keystroke:
             AddGenerated(clip);
+            break;
+        }
     }
     std::set<std::filesystem::path> later;
     m_lastOfFile.resize(track.clips.size());
@@ -131,7 +145,7 @@ IQMXBaseClip& TrackPlayer::AddClip(const ProjectClip& clip)
     pClip->SetStartTime(clip.start);
     pClip->SetDuration(clip.duration);
     pClip->SetInPoint(clip.inPoint);
-    pClip->SetFilePath(EnginePath(clip.path));
+    pClip->SetFilePath(clip.kind == ClipKind::Camera ? CameraEnginePath(clip.path) : EnginePath(clip.path));
     pClip->SetTrackID(m_description.id); // adding it to a track stamps only the document's ID
     if (!m_pTrack->AddClip(pClip.get()))
         throw std::bad_alloc();
@@ -140,18 +154,33 @@ IQMXBaseClip& TrackPlayer::AddClip(const ProjectClip& clip)
 
 void TrackPlayer::AddVideo(MediaProbe& probe, const ProjectClip& clip)
 {
+    const tagVideoInfo& info =
+        probe.Video(clip.path, m_project.file.string(), clip.place + ".path: " + clip.path.string() + ": ");
+    AddSource(clip, {info.nWidth, info.nHeight, info.nPixelAspectX, info.nPixelAspectY}, SourceOf(info, clip));
+}
+
+void TrackPlayer::AddCamera(MediaProbe& probe, const ProjectClip& clip)
+{
+    const CameraFacts& facts =
+        probe.Camera(clip.path, m_project.file.string(), clip.place + ".path: " + clip.path.string() + ": ");
+    ClipPlayer::Source source;
+    source.frameRate = clip.frameRate ? clip.frameRate->PerSecond() : facts.frameRate;
+    source.frames = facts.frames;
+    source.askTwice = IsMotionJpegName(clip.path);
+    AddSource(clip, {facts.width, facts.height, 1, 1, false}, source);
+}
+
+void TrackPlayer::AddSource(const ProjectClip& clip, const VideoShape& shape, const ClipPlayer::Source& source)
+{
     const std::string subject = m_project.file.string();
-    const tagVideoInfo& info = probe.Video(clip.path, subject, clip.place + ".path: " + clip.path.string() + ": ");
-    const VideoShape shape{info.nWidth, info.nHeight, info.nPixelAspectX, info.nPixelAspectY};
     const std::optional<PictureSize> size = FitVideo(shape, clip.rotation, static_cast<std::uint32_t>(m_box.Width()),
                                                      static_cast<std::uint32_t>(m_box.Height()));
     if (!size)
         throw HostError(ExitCode::Project, subject,
-                        clip.place + ": a picture of " + std::to_string(info.nWidth) + " x " +
-                            std::to_string(info.nHeight) + " cannot be fitted into the track's position");
-    const ClipPlayer::Source source = SourceOf(info, clip);
+                        clip.place + ": a picture of " + std::to_string(shape.width) + " x " +
+                            std::to_string(shape.height) + " cannot be fitted into the track's position");
     IQMXBaseClip& added = AddClip(clip);
-    auto* const pVideo = dynamic_cast<CQMXVideoClip*>(&added);
+    auto* const pVideo = dynamic_cast<CQMXVideoClip*>(&added); // camera clips are video clips too
     if (!pVideo)
         throw HostError(ExitCode::Failed, subject, clip.place + ": the engine made no video clip");
     pVideo->SetRotation(clip.rotation);

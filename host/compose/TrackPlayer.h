@@ -4,6 +4,7 @@
 
 #include "host/compose/ClipPlayer.h"
 #include "host/compose/Compositor.h"
+#include "host/compose/Layout.h"
 #include "host/compose/MediaProbe.h"
 #include "host/project/Project.h"
 
@@ -42,6 +43,8 @@ public:
 private:
     IQMXBaseClip& AddClip(const ProjectClip& clip);
     void AddVideo(MediaProbe& probe, const ProjectClip& clip);
+    void AddCamera(MediaProbe& probe, const ProjectClip& clip);
+    void AddSource(const ProjectClip& clip, const VideoShape& shape, const ClipPlayer::Source& source);
     void AddAudio(MediaProbe& probe, const ProjectClip& clip);
     void AddImage(MediaProbe& probe, const ProjectClip& clip);
     void AddGenerated(const ProjectClip& clip);

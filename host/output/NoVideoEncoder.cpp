@@ -18,4 +18,9 @@ VideoEncoder::~VideoEncoder() = default;
 void VideoEncoder::Write(const Canvas& /*canvas*/) {}
 void VideoEncoder::WriteSound(const float* /*pSamples*/, std::size_t /*count*/) {}
 void VideoEncoder::Finish() {}
+void VideoEncoder::Close() {}
+std::vector<EncodedFrame> VideoEncoder::Frames() const
+{
+    return {};
+}
 } // namespace qmx::host

@@ -1,6 +1,7 @@
 #include "host/output/OutputFile.h"
 
 #include "host/HostError.h"
+#include "host/project/CameraFiles.h"
 #include "host/project/Project.h"
 #include "host/system/Platform.h"
 
@@ -96,7 +97,12 @@ void CheckNotASource(const fs::path& target, const Project& project)
     {
         for (const ProjectClip& clip : track.clips)
         {
-            if (!clip.path.empty())
+            if (clip.kind == ClipKind::Camera)
+            {
+                check(CameraMediaPath(clip.path));
+                check(CameraIndexPath(clip.path));
+            }
+            else if (!clip.path.empty())
                 check(clip.path);
         }
     }

@@ -65,9 +65,12 @@ void VideoEncoder::State::OpenCodec(const OutputFile& output, const EncoderSetti
     pCodec->sample_aspect_ratio = {1, 1};
     pCodec->pix_fmt = AV_PIX_FMT_YUV420P;
     pCodec->color_range = AVCOL_RANGE_MPEG;
-    pCodec->colorspace = AVCOL_SPC_BT709;
-    pCodec->color_primaries = AVCOL_PRI_BT709;
-    pCodec->color_trc = AVCOL_TRC_BT709;
+    const bool hd = settings.matrix == ColourMatrix::Bt709;
+    pCodec->colorspace = hd ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M;
+    pCodec->color_primaries = hd ? AVCOL_PRI_BT709 : AVCOL_PRI_SMPTE170M;
+    pCodec->color_trc = hd ? AVCOL_TRC_BT709 : AVCOL_TRC_SMPTE170M;
+    if (settings.keyInterval > 0)
+        pCodec->gop_size = settings.keyInterval;
     pCodec->chroma_sample_location = AVCHROMA_LOC_LEFT;
     pCodec->thread_count = 0;
     pCodec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
@@ -96,8 +99,9 @@ void VideoEncoder::State::OpenConverter(const EncoderSettings& settings)
     pConverter.reset(
         NeedMemory(sws_getContext(width, height, AV_PIX_FMT_BGRA, width, height, AV_PIX_FMT_YUV420P,
                                   SWS_BILINEAR | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INP, nullptr, nullptr, nullptr)));
-    const int* const pBt709 = sws_getCoefficients(SWS_CS_ITU709);
-    sws_setColorspaceDetails(pConverter.get(), pBt709, 1, pBt709, 0, 0, 1 << 16, 1 << 16);
+    const bool hd = settings.matrix == ColourMatrix::Bt709;
+    const int* const pMatrix = sws_getCoefficients(hd ? SWS_CS_ITU709 : SWS_CS_ITU601);
+    sws_setColorspaceDetails(pConverter.get(), pMatrix, 1, pMatrix, 0, 0, 1 << 16, 1 << 16);
 }
 
 void VideoEncoder::State::OpenFile(const OutputFile& output, const EncoderSettings& settings)
@@ -176,6 +180,12 @@ void VideoEncoder::WriteSound(const float* pSamples, std::size_t count)
 
 void VideoEncoder::Finish()
 {
+    Close();
+    Commit();
+}
+
+void VideoEncoder::Close()
+{
     State& s = *m_pState;
     s.Encode(m_output, nullptr);
     if (s.pSound)
@@ -183,6 +193,33 @@ void VideoEncoder::Finish()
     State::Check(m_output, av_write_trailer(s.pFormat.get()));
     State::Check(m_output, avio_closep(&s.pFormat->pb));
     m_pState.reset();
-    m_output.Commit();
+}
+
+std::vector<EncodedFrame> VideoEncoder::Frames() const
+{
+    struct Packet
+    {
+        std::int64_t pts;
+        EncodedFrame frame;
+    };
+    const std::string url = "file:" + m_output.Path().string();
+    AVFormatContext* pContext = nullptr;
+    State::Check(m_output, avformat_open_input(&pContext, url.c_str(), av_find_input_format("mp4"), nullptr));
+    const auto close = [](AVFormatContext* p) { avformat_close_input(&p); };
+    const std::unique_ptr<AVFormatContext, decltype(close)> pFile(pContext, close);
+    const std::unique_ptr<AVPacket, PacketCloser> pPacket(NeedMemory(av_packet_alloc()));
+    std::vector<Packet> packets;
+    while (av_read_frame(pContext, pPacket.get()) >= 0)
+    {
+        packets.push_back(
+            {pPacket->pts, {static_cast<std::uint64_t>(pPacket->pos), static_cast<std::uint64_t>(pPacket->size)}});
+        av_packet_unref(pPacket.get());
+    }
+    std::sort(packets.begin(), packets.end(), [](const Packet& a, const Packet& b) { return a.pts < b.pts; });
+    std::vector<EncodedFrame> frames;
+    frames.reserve(packets.size());
+    for (const Packet& packet : packets)
+        frames.push_back(packet.frame);
+    return frames;
 }
 } // namespace qmx::host

@@ -20,6 +20,7 @@ inline constexpr double kMaxVolume = 16;
 enum class ClipKind
 {
     Video,
+    Camera,
     Image,
     Color,
     Audio,
@@ -42,7 +43,8 @@ struct ProjectClip
     std::uint64_t start = 0;            ///< time on the project's time line, 100 ns
     std::uint64_t duration = 0;         ///< 100 ns, never 0
     std::uint64_t inPoint = 0;          ///< time in the source that is shown at the start, 100 ns
-    std::filesystem::path path;         ///< of the media, already joined to the project file's folder
+    std::filesystem::path path;         ///< of the media, already joined to the project file's folder; of a camera
+                                        ///< recording its name, which no file need have
     std::uint32_t rotation = 0;         ///< degrees clockwise: 0, 90, 180 or 270
     std::optional<FrameRate> frameRate; ///< when absent, that of the media
     double volume = 1;                  ///< factor of the clip's sound, 0 to kMaxVolume

@@ -21,7 +21,7 @@ namespace
 using Kind = JsonValue::Kind;
 
 constexpr double kMaxFraction = 16; // of the canvas, for boxes and their corners
-constexpr std::array kLaterKinds{"camera", "transition"};
+constexpr std::array kLaterKinds{"transition"};
 constexpr std::array kLaterFields{"key"};
 
 std::string Quoted(std::string_view text)
@@ -213,6 +213,8 @@ ClipKind ReadKind(ObjectReader& reader)
     const std::string& kind = reader.Need("type", Kind::Text).text;
     if (kind == "video")
         return ClipKind::Video;
+    if (kind == "camera")
+        return ClipKind::Camera;
     if (kind == "image")
         return ClipKind::Image;
     if (kind == "color")
@@ -225,9 +227,10 @@ ClipKind ReadKind(ObjectReader& reader)
         return ClipKind::Keystroke;
     if (std::find(kLaterKinds.begin(), kLaterKinds.end(), kind) != kLaterKinds.end())
         reader.Fail("type", "clips of the kind " + Quoted(kind) + " are not supported yet");
-    reader.Fail("type", "unknown kind " + Quoted(kind) +
-                            ", the known ones are \"video\", \"image\", \"color\", \"audio\", \"title\" and "
-                            "\"keystroke\"");
+    reader.Fail("type",
+                "unknown kind " + Quoted(kind) +
+                    ", the known ones are \"video\", \"camera\", \"image\", \"color\", \"audio\", \"title\" and "
+                    "\"keystroke\"");
 }
 
 /// What clips of a file have.
@@ -348,14 +351,15 @@ void ReadKeystrokeFields(ObjectReader& reader, ProjectClip& clip)
 void ReadKindFields(ObjectReader& reader, ProjectClip& clip, const std::filesystem::path& folder)
 {
     const bool isHeard = clip.kind == ClipKind::Video || clip.kind == ClipKind::Audio;
-    const bool isSeen = clip.kind == ClipKind::Video || clip.kind == ClipKind::Image;
+    const bool isFilm = clip.kind == ClipKind::Video || clip.kind == ClipKind::Camera;
+    const bool isSeen = isFilm || clip.kind == ClipKind::Image;
     if (isHeard || isSeen)
         ReadFileFields(reader, clip, folder);
     if (isHeard)
         ReadSoundFields(reader, clip);
     if (isSeen)
         ReadPictureFields(reader, clip);
-    if (clip.kind == ClipKind::Video)
+    if (isFilm)
         ReadVideoFields(reader, clip);
     else if (clip.kind == ClipKind::Title)
         ReadTitleFields(reader, clip);

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cwchar>
 
 using BOOL = std::int32_t;
@@ -214,6 +215,9 @@ extern "C"
     /// UTC to local time with the offset that holds now, as the system service does.
     BOOL FileTimeToLocalFileTime(const FILETIME* pFileTime, FILETIME* pLocalFileTime);
 }
+
+/// Opens a file as fopen() does. @param mode  of ASCII characters, at most 15 of them
+extern "C" std::FILE* _wfopen(const wchar_t* fileName, const wchar_t* mode);
 
 // ---- locale --------------------------------------------------------------------------------------------------
 

@@ -1,6 +1,7 @@
 #include "pal/kernel/Handle.h"
 #include "pal/kernel/PathText.h"
 
+#include <shlwapi.h>
 #include <windows.h>
 
 #include <fcntl.h>
@@ -96,6 +97,39 @@ extern "C" BOOL FileTimeToLocalFileTime(const FILETIME* pFileTime, FILETIME* pLo
     const std::uint64_t ticks = static_cast<std::uint64_t>(pFileTime->dwHighDateTime) << 32 | pFileTime->dwLowDateTime;
     *pLocalFileTime = ToFileTime(static_cast<std::int64_t>(ticks) + offset);
     return TRUE;
+}
+
+extern "C" BOOL PathFileExistsW(LPCWSTR path)
+{
+    try
+    {
+        return path != nullptr && access(pal::ToPathBytes(path).c_str(), F_OK) == 0 ? TRUE : FALSE;
+    }
+    catch (...)
+    {
+        return FALSE;
+    }
+}
+
+extern "C" std::FILE* _wfopen(const wchar_t* fileName, const wchar_t* mode)
+{
+    if (fileName == nullptr || mode == nullptr)
+        return nullptr;
+    char narrow[16] = {};
+    for (std::size_t i = 0; mode[i] != L'\0'; ++i)
+    {
+        if (i + 1 == sizeof(narrow) || mode[i] > 0x7F)
+            return nullptr;
+        narrow[i] = static_cast<char>(mode[i]);
+    }
+    try
+    {
+        return std::fopen(pal::ToPathBytes(fileName).c_str(), narrow);
+    }
+    catch (...)
+    {
+        return nullptr;
+    }
 }
 
 extern "C" int _wcsicmp(const wchar_t* a, const wchar_t* b)

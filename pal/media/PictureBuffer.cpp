@@ -89,6 +89,16 @@ public:
         return S_OK;
     }
 
+    /// Converts into memory of the caller, where the picture has not been converted for a lock anyway.
+    HRESULT CopyPixels(BYTE* pDestination)
+    {
+        if (m_pixels)
+            std::memcpy(pDestination, m_pixels.get(), Length());
+        else if (!m_pConverter->Convert(*m_pFrame, pDestination))
+            return E_FAIL;
+        return S_OK;
+    }
+
     const PictureFormat& GetFormat() const { return m_pConverter->GetFormat(); }
     DWORD Length() const { return static_cast<DWORD>(GetFormat().Bytes()); }
     BYTE* Pixels() const { return m_pixels.get(); }
@@ -168,12 +178,7 @@ HRESULT Picture2D::ContiguousCopyTo(BYTE* pDestination, DWORD cbDestination)
         return E_POINTER;
     if (cbDestination < m_owner.Length())
         return E_INVALIDARG;
-    BYTE* pPixels = nullptr;
-    const HRESULT hr = m_owner.Lock(&pPixels, nullptr, nullptr);
-    if (FAILED(hr))
-        return hr;
-    std::memcpy(pDestination, pPixels, m_owner.Length());
-    return m_owner.Unlock();
+    return m_owner.CopyPixels(pDestination);
 }
 } // namespace
 

@@ -8,9 +8,10 @@ constexpr unsigned long long kSizes[] = {
     sizeof(tagRenderProp), sizeof(tagTxEffectParam),        sizeof(tagQMXTitleTextInfo), sizeof(tagQMXKeystrokeInfo)};
 
 void CallOneOfEach(IQMXDocument& document, IQMXTrack& track, IQMXCleaner& cleaner, IQMXBaseClip& clip,
-                   CQMXVideoClip& videoClip, CQMXColorClip& colorClip, CQMXTXClip& transitionClip,
-                   CQMXImageClip& imageClip, CQMXTitleClip& titleClip, CQMXKeystrokeClip& keystrokeClip,
-                   IDecoder& decoder, CVideoDecoder& videoDecoder, CImageDecoder& imageDecoder, CGifDecoder& gifDecoder,
+                   CQMXVideoClip& videoClip, CQMXCameraClip& cameraClip, CQMXColorClip& colorClip,
+                   CQMXTXClip& transitionClip, CQMXImageClip& imageClip, CQMXTitleClip& titleClip,
+                   CQMXKeystrokeClip& keystrokeClip, IDecoder& decoder, CVideoDecoder& videoDecoder,
+                   CCameraClipDecoder& cameraDecoder, CImageDecoder& imageDecoder, CGifDecoder& gifDecoder,
                    CTitleDecoder& titleDecoder, CKeystrokeDecoder& keystrokeDecoder, ISampleBuffer& buffer)
 {
     bool flag = false;
@@ -19,6 +20,7 @@ void CallOneOfEach(IQMXDocument& document, IQMXTrack& track, IQMXCleaner& cleane
     cleaner.AddGarbage(nullptr);
     clip.GetDuration();
     videoClip.GetRotation();
+    cameraClip.CopyFrom(nullptr);
     colorClip.IsVideoOpened();
     transitionClip.GetFromClip();
     decoder.AddRef();
@@ -30,5 +32,6 @@ void CallOneOfEach(IQMXDocument& document, IQMXTrack& track, IQMXCleaner& cleane
     keystrokeDecoder.GetClipVideoFrame(0, flag);
     titleClip.AddTitleText(nullptr);
     keystrokeClip.GetKeystrokeTop();
+    cameraDecoder.GetLastFrame();
     buffer.AddRef();
 }

@@ -1,6 +1,7 @@
 #include "engine/decoders/DecoderCache.h"
 
 #include "engine/decoders/Decoder.h"
+#include "engine/decoders/media/CameraClipDecoder.h"
 #include "engine/decoders/media/VideoDecoder.h"
 #include "engine/decoders/still/GifDecoder.h"
 #include "engine/decoders/still/ImageDecoder.h"
@@ -125,6 +126,14 @@ TEST_F(DecoderCache, TypesOneAndTwoMakeTitleAndKeystrokeDecoders)
     EXPECT_FALSE(IsDecoderFor(title.Get(), Record(L"", kDecoderKeystroke)));
     EXPECT_TRUE(IsDecoderFor(keystroke.Get(), Record(L"", kDecoderKeystroke)));
     EXPECT_FALSE(IsDecoderFor(keystroke.Get(), Record()));
+}
+
+TEST_F(DecoderCache, TypeThreeMakesACameraClipDecoder)
+{
+    const DecoderPtr decoder = Get(L"key", Record(L"cam.mjpg", kDecoderCamera));
+    EXPECT_NE(dynamic_cast<CCameraClipDecoder*>(decoder.Get()), nullptr);
+    EXPECT_TRUE(IsDecoderFor(decoder.Get(), Record(L"cam.mjpg", kDecoderCamera)));
+    EXPECT_FALSE(IsDecoderFor(decoder.Get(), Record(L"cam.mjpg", kDecoderVideo)));
 }
 
 TEST_F(DecoderCache, RecordWithoutAClassGivesNullAndNoEntry)

@@ -36,6 +36,12 @@ TEST(Centred, PutsTheOddPixelToTheRightAndBelow)
     EXPECT_EQ(Centred({0, 0, 10, 10}, 13, 10), (PixelBox{-2, 0, 11, 10}));
 }
 
+TEST(VideoHeightForWidth, KeepsOddRowsOfCameraRecordings)
+{
+    EXPECT_EQ(VideoHeightForWidth({193, 109, 1, 1, false}, 193), 109U);
+    EXPECT_EQ(VideoHeightForWidth({193, 109, 1, 1, true}, 193), 108U);
+}
+
 TEST(VideoHeightForWidth, FollowsTheDisplayAspectAndIsEven)
 {
     EXPECT_EQ(VideoHeightForWidth({1920, 1080, 1, 1}, 1280), 720U);

@@ -159,6 +159,12 @@ TEST(CheckNotASource, RefusesTheProjectAndItsMediaUnderAnyName)
     EXPECT_THROW(CheckNotASource(folder.Path() / "." / "a.mp4", project), HostError);
     EXPECT_THROW(CheckNotASource(folder.Path() / "link.mp4", project), HostError);
     EXPECT_NO_THROW(CheckNotASource(folder.Path() / "new.mp4", project));
+    // A recording is named by a file that is not there.
+    project.tracks[0].clips[1].kind = ClipKind::Camera;
+    project.tracks[0].clips[1].path = folder.Path() / "a.h264";
+    EXPECT_THROW(CheckNotASource(folder.Path() / "a.mp4", project), HostError);
+    project.tracks[0].clips[1].path = folder.Path() / "a.mjpg";
+    EXPECT_NO_THROW(CheckNotASource(folder.Path() / "a.mp4", project));
 }
 } // namespace
 } // namespace qmx::host

@@ -250,14 +250,30 @@ TEST(ProjectReader, RefusesClipsThatOverlapOnATrack)
               "");
 }
 
+TEST(ProjectReader, ReadsCameraClipsAsItReadsVideos)
+{
+    const Project project = ProjectReader::Parse(
+        WithClips(R"({"type": "camera", "path": "cam.mjpg", "start": 1, "duration": 2, "inPoint": 3, "rotation": 270,
+                      "frameRate": 25})"),
+        "folder/p.json");
+    const ProjectClip& clip = project.tracks.at(0).clips.at(0);
+    EXPECT_EQ(clip.kind, ClipKind::Camera);
+    EXPECT_EQ(clip.path, std::filesystem::path("folder") / "cam.mjpg");
+    EXPECT_EQ(clip.inPoint, 30'000'000U);
+    EXPECT_EQ(clip.rotation, 270U);
+    EXPECT_EQ(clip.frameRate, FrameRate::FromFraction(25, 1));
+    EXPECT_EQ(ErrorOf(WithClips(R"({"type": "camera", "start": 0, "duration": 1})")),
+              "tracks[0].clips[0].path: is missing");
+}
+
 TEST(ProjectReader, TellsKindsThatAreNotSupportedYetFromUnknownOnes)
 {
-    for (const char* const pKind : {"camera", "transition"})
+    for (const char* const pKind : {"transition"})
         EXPECT_EQ(ErrorWith("\"color\"", '"' + std::string(pKind) + '"'),
                   "tracks[0].clips[1].type: clips of the kind \"" + std::string(pKind) + "\" are not supported yet");
     EXPECT_EQ(ErrorWith("\"color\"", "\"colour\""),
               "tracks[0].clips[1].type: unknown kind \"colour\", the known ones "
-              "are \"video\", \"image\", \"color\", \"audio\", \"title\" and \"keystroke\"");
+              "are \"video\", \"camera\", \"image\", \"color\", \"audio\", \"title\" and \"keystroke\"");
     EXPECT_EQ(ErrorWith("\"rotation\": 90", "\"key\": {}"), "tracks[0].clips[0].key: not supported yet");
 }
 

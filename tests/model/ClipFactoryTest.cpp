@@ -2,6 +2,7 @@
 
 #include "engine/clips/QMXAudioClip.h"
 #include "engine/clips/QMXBaseClip.h"
+#include "engine/clips/QMXCameraClip.h"
 #include "engine/clips/QMXColorClip.h"
 #include "engine/clips/QMXImageClip.h"
 #include "engine/clips/QMXKeystrokeClip.h"
@@ -55,6 +56,12 @@ TEST(CreateClipByClipType, MakesTheClassOfEachKind)
     EXPECT_EQ(placed->GetKeystrokeLeft(), 0);
     EXPECT_EQ(placed->GetKeystrokeTop(), 0);
     EXPECT_EQ(placed->GetKeystrokeWidth(), 1);
+    const ClipPtr made(CreateClipByClipType(QMXClipType_Camera));
+    auto* const camera = dynamic_cast<CQMXCameraClip*>(made.get());
+    ASSERT_NE(camera, nullptr);
+    EXPECT_EQ(camera->GetClipType(), QMXClipType_Camera);
+    EXPECT_EQ(camera->GetFrameRate(), 30.0);
+    EXPECT_EQ(camera->GetRotation(), 0U);
 }
 
 TEST(CreateClipByClipType, UnknownKindGivesNull)
@@ -69,6 +76,7 @@ TEST(CreateClipByClipType, ShortMemoryGivesNull)
     EXPECT_EQ(CreateClipByClipType(QMXClipType_Base), nullptr);
     EXPECT_EQ(CreateClipByClipType(QMXClipType_Video), nullptr);
     EXPECT_EQ(CreateClipByClipType(QMXClipType_Image), nullptr);
+    EXPECT_EQ(CreateClipByClipType(QMXClipType_Camera), nullptr);
     EXPECT_EQ(CreateClipByClipType(QMXClipType_Color), nullptr);
     EXPECT_EQ(CreateClipByClipType(QMXClipType_Audio), nullptr);
     EXPECT_EQ(CreateClipByClipType(QMXClipType_Title), nullptr);
@@ -77,8 +85,9 @@ TEST(CreateClipByClipType, ShortMemoryGivesNull)
 
 TEST(DuplicateClip, TakesTheCommonSettingsButNoIdentity)
 {
-    for (const QMXClipType type : {QMXClipType_Base, QMXClipType_Video, QMXClipType_Image, QMXClipType_Audio,
-                                   QMXClipType_Color, QMXClipType_Transition, QMXClipType_Title, QMXClipType_Keystroke})
+    for (const QMXClipType type :
+         {QMXClipType_Base, QMXClipType_Video, QMXClipType_Camera, QMXClipType_Image, QMXClipType_Audio,
+          QMXClipType_Color, QMXClipType_Transition, QMXClipType_Title, QMXClipType_Keystroke})
     {
         const std::unique_ptr<IQMXTrack> track(CreateQMXTrack(3, QMXTrackType{}, 4, tagPIPPOSITION{}));
         IQMXBaseClip* const source = CreateClipByClipType(type);

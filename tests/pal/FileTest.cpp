@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <shlwapi.h>
 #include <windows.h>
 
 #include <fcntl.h>
@@ -66,6 +67,38 @@ TEST(CreateFileW, RefusesFoldersMissingFilesAndWriting)
     EXPECT_EQ(CreateFileW(pal::FromPathBytes(file.GetPath()).c_str(), 0x40000000U, FILE_SHARE_READ, nullptr,
                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr),
               INVALID_HANDLE_VALUE);
+}
+
+TEST(PathFileExistsW, FindsFilesAndFolders)
+{
+    const TemporaryFile file;
+    EXPECT_EQ(PathFileExistsW(pal::FromPathBytes(file.GetPath()).c_str()), TRUE);
+    EXPECT_EQ(PathFileExistsW(pal::FromPathBytes(testing::TempDir()).c_str()), TRUE);
+    EXPECT_EQ(PathFileExistsW(pal::FromPathBytes(file.GetPath() + "x").c_str()), FALSE);
+    EXPECT_EQ(PathFileExistsW(L""), FALSE);
+    EXPECT_EQ(PathFileExistsW(nullptr), FALSE);
+}
+
+TEST(Wfopen, OpensAPathOfAnyBytes)
+{
+    const std::string path = testing::TempDir() + "qmx_\xC3\xA9_\xFF";
+    const std::wstring wide = pal::FromPathBytes(path);
+    std::FILE* pFile = _wfopen(wide.c_str(), L"wb");
+    ASSERT_NE(pFile, nullptr);
+    EXPECT_EQ(std::fwrite("abc", 1, 3, pFile), 3U);
+    std::fclose(pFile);
+    pFile = _wfopen(wide.c_str(), L"rb");
+    ASSERT_NE(pFile, nullptr);
+    char text[4] = {};
+    EXPECT_EQ(std::fread(text, 1, 4, pFile), 3U);
+    EXPECT_STREQ(text, "abc");
+    std::fclose(pFile);
+    std::remove(path.c_str());
+    EXPECT_EQ(_wfopen(wide.c_str(), L"rb"), nullptr);
+    EXPECT_EQ(_wfopen(nullptr, L"rb"), nullptr);
+    EXPECT_EQ(_wfopen(wide.c_str(), nullptr), nullptr);
+    EXPECT_EQ(_wfopen(wide.c_str(), L"rb\u0100"), nullptr);
+    EXPECT_EQ(_wfopen(wide.c_str(), L"rbbbbbbbbbbbbbbbbbbb"), nullptr);
 }
 
 TEST(FileTimeToLocalFileTime, AddsTheOffsetThatHoldsNow)
