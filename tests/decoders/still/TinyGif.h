@@ -104,7 +104,11 @@ public:
     Bytes bytes;
 
 private:
-    void Text(const std::string& text) { bytes.insert(bytes.end(), text.begin(), text.end()); }
+    void Text(const std::string& text)
+    {
+        for (const char c : text) // GCC 12 takes an inlined insert() for an overrun
+            bytes.push_back(static_cast<std::uint8_t>(c));
+    }
     void Word(std::uint16_t word)
     {
         bytes.insert(bytes.end(), {static_cast<std::uint8_t>(word), static_cast<std::uint8_t>(word >> 8)});
