@@ -8,6 +8,15 @@ add_library(qmx_libyuv INTERFACE)
 target_include_directories(qmx_libyuv SYSTEM INTERFACE ${LIBYUV_INCLUDE_DIR})
 target_link_libraries(qmx_libyuv INTERFACE ${LIBYUV_LIBRARY})
 
+# Flash movies: their containers and pictures.
+find_package(ZLIB REQUIRED)
+find_package(LibLZMA REQUIRED)
+find_path(TURBOJPEG_INCLUDE_DIR turbojpeg.h REQUIRED)
+find_library(TURBOJPEG_LIBRARY NAMES turbojpeg REQUIRED)
+add_library(qmx_turbojpeg INTERFACE)
+target_include_directories(qmx_turbojpeg SYSTEM INTERFACE ${TURBOJPEG_INCLUDE_DIR})
+target_link_libraries(qmx_turbojpeg INTERFACE ${TURBOJPEG_LIBRARY})
+
 # The system's own services: on Windows its libraries, elsewhere what the platform layer is built on.
 if(NOT WIN32)
   find_package(PkgConfig REQUIRED)
