@@ -27,7 +27,8 @@ set(QMX_PUBLIC_HEADERS
   engine/platform/PixelUtility.h
   engine/platform/RefPtr.h
   engine/platform/SampleBuffer.h
-  engine/platform/SampleInfo.h)
+  engine/platform/SampleInfo.h
+  engine/platform/SwfRenderer.h)
 foreach(header IN LISTS QMX_PUBLIC_HEADERS)
   cmake_path(GET header PARENT_PATH folder)
   install(FILES ${PROJECT_SOURCE_DIR}/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qmx/${folder})
@@ -46,10 +47,11 @@ endif()
 
 # ---- libraries ------------------------------------------------------------------------------------------------------
 
-set(QMX_LIBRARIES qmxengine qmxsamplebuffer qmxpixelutility)
+set(QMX_LIBRARIES qmxengine qmxsamplebuffer qmxpixelutility qmxswfrenderer)
 set_target_properties(qmxengine PROPERTIES EXPORT_NAME engine)
 set_target_properties(qmxsamplebuffer PROPERTIES EXPORT_NAME samplebuffer)
 set_target_properties(qmxpixelutility PROPERTIES EXPORT_NAME pixelutility)
+set_target_properties(qmxswfrenderer PROPERTIES EXPORT_NAME swfrenderer)
 foreach(library IN LISTS QMX_LIBRARIES)
   target_include_directories(${library} INTERFACE "$<INSTALL_INTERFACE:${QMX_INCLUDE_FOLDERS}>")
   target_compile_features(${library} INTERFACE cxx_std_20)

@@ -85,12 +85,6 @@ std::uint32_t BlendPixel(BlendMode mode, std::uint32_t s, std::uint32_t d)
         return BlendSeparable(mode, s, d);
     }
 }
-
-/// Where the source is not, these change the target as well.
-bool ReachesEverywhere(BlendMode mode)
-{
-    return mode == BlendMode::Alpha;
-}
 } // namespace
 
 void BlendPicture(BlendMode mode, const Surface& source, const Mask* pMask, const Area& clip, Surface& target)
@@ -108,7 +102,7 @@ void BlendPicture(BlendMode mode, const Surface& source, const Mask* pMask, cons
                         std::uint32_t* const pTarget = target.At(clip.left, y);
                         for (int x = 0; x < clip.Width(); ++x)
                         {
-                            if (pSource[x] == 0 && !ReachesEverywhere(mode))
+                            if (pSource[x] == 0)
                                 continue;
                             const std::uint32_t level = pLevel ? pLevel[x] : 255;
                             if (level == 0)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <cstdlib>
 #include <map>
 #include <optional>
@@ -11,6 +12,7 @@ namespace swf
 namespace
 {
 constexpr double kGutter = 40; ///< twips between the field's edge and its text
+constexpr double kSlack = 20;  ///< twips: what a line may be too long, as fields are cut to whole pixels
 constexpr std::size_t kMaxLetters = 100'000, kMaxOpenTags = 64;
 
 struct Format
@@ -250,7 +252,7 @@ void Measure(Letter& letter, const Movie& movie)
     const double scale = letter.format.height / letter.pFont->unitsPerEm;
     const Font& font = *letter.pFont;
     if (letter.glyph < font.advances.size())
-        letter.advance = font.advances[letter.glyph] * scale;
+        letter.advance = std::round(font.advances[letter.glyph] * scale); // whole twips: fields are cut to fit them
     else if (letter.glyph < font.glyphs.size() && !font.glyphs[letter.glyph].bounds.IsEmpty())
         letter.advance = font.glyphs[letter.glyph].bounds.xMax * scale;
 }
@@ -294,7 +296,7 @@ private:
             }
             width += letters[i].advance;
             const bool isSpace = letters[i].code == ' ';
-            if (m_edit.wordWrap && m_edit.multiline && !isSpace && width > room && i > begin)
+            if (m_edit.wordWrap && m_edit.multiline && !isSpace && width > room + kSlack && i > begin)
             {
                 next = afterSpace > begin ? afterSpace : i;
                 return next;

@@ -6,7 +6,7 @@ namespace swf
 {
 namespace
 {
-constexpr int kTableSize = 1024;
+constexpr int kTableSize = 4096;
 constexpr double kGradientHalf = 16'384; ///< twips: half the side of the gradient square
 constexpr double kMaxBitmapCoordinate = 1e9;
 
@@ -116,9 +116,9 @@ void CPaint::SetGradient(const FillStyle& fill, const ColourTransform& colours)
     if (!m_table.empty() && m_tableStops == fill.stops && m_tableColours == colours && m_bTableLinear == fill.linearRgb)
         return;
     m_table.resize(kTableSize);
-    for (int i = 0; i < kTableSize; ++i)
-        m_table[static_cast<std::size_t>(i)] =
-            Premultiplied(colours.Apply(ColourAt(fill.stops, i * 255.0 / (kTableSize - 1), fill.linearRgb)));
+    for (std::size_t i = 0; i < m_table.size(); ++i)
+        m_table[i] = Premultiplied(
+            colours.Apply(ColourAt(fill.stops, static_cast<double>(i) * 255 / (kTableSize - 1), fill.linearRgb)));
     m_tableStops = fill.stops;
     m_tableColours = colours;
     m_bTableLinear = fill.linearRgb;
@@ -132,6 +132,7 @@ std::uint32_t CPaint::TableColour(double t) const
         const double rest = t - whole;
         t = m_spread == Spread::Reflect && std::fmod(std::abs(whole), 2) == 1 ? 1 - rest : rest;
     }
+    t = (t * 256 - 0.5) / 255; // a gradient has 256 steps; each shows its colour in its middle
     if (!(t > 0))
         return m_table.front();
     return t >= 1 ? m_table.back() : m_table[static_cast<std::size_t>(t * (kTableSize - 1) + 0.5)];

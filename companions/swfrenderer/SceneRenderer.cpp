@@ -178,9 +178,7 @@ void CSceneRenderer::DrawLayer(const Instance& object, const Matrix& matrix, con
         return Area{a.left - margins.left, a.top - margins.top, a.right + margins.right, a.bottom + margins.bottom};
     };
     Area area = AreaOf(BoundsOf(object, matrix));
-    if (object.blend == BlendMode::Alpha)
-        area = target.clip; // what it does not cover goes
-    else if (area.IsEmpty())
+    if (area.IsEmpty())
         return;
     area = grown(area).Meet(grown(target.clip));
     if (area.IsEmpty() || m_layers >= kMaxLayers ||

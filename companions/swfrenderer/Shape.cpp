@@ -99,8 +99,7 @@ Point Mix(Point a, Point b, double t)
 }
 Rgba Mix(Rgba a, Rgba b, double t)
 {
-    const auto channel = [t](std::uint8_t x, std::uint8_t y)
-    { return static_cast<std::uint8_t>(std::lround(Mix(x, y, t))); };
+    const auto channel = [t](std::uint8_t x, std::uint8_t y) { return static_cast<std::uint8_t>(Mix(x, y, t)); };
     return {channel(a.r, b.r), channel(a.g, b.g), channel(a.b, b.b), channel(a.a, b.a)};
 }
 Matrix Mix(const Matrix& a, const Matrix& b, double t)

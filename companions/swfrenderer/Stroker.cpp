@@ -1,6 +1,8 @@
 #include "companions/swfrenderer/Stroker.h"
 
 #include <numbers>
+#include <tuple>
+#include <utility>
 
 namespace swf
 {
@@ -21,133 +23,117 @@ Point Normal(Point direction, double half)
 void CStroker::Put(Point p)
 {
     const Point device = m_toDevice.Map(p);
-    if (m_bOpenOutline)
+    if (m_bOpenPiece)
         AddFlatEdge(m_last, device, 1, 0, *m_pOut);
     else
         m_first = device;
     m_last = device;
-    m_bOpenOutline = true;
+    m_bOpenPiece = true;
 }
 
 void CStroker::Close()
 {
-    if (m_bOpenOutline)
+    if (m_bOpenPiece)
         AddFlatEdge(m_last, m_first, 1, 0, *m_pOut);
-    m_bOpenOutline = false;
+    m_bOpenPiece = false;
 }
 
-/// From @p n0 clockwise to @p n1, on the outer side of a turn.
-void CStroker::RoundJoin(Point at, Point n0, Point n1)
+void CStroker::Segment(Point a, Point b, Point direction)
 {
-    const double from = std::atan2(n0.y, n0.x);
-    double sweep = std::atan2(n1.y, n1.x) - from;
+    const Point n = Normal(direction, m_half);
+    Put({a.x + n.x, a.y + n.y});
+    Put({b.x + n.x, b.y + n.y});
+    Put({b.x - n.x, b.y - n.y});
+    Put({a.x - n.x, a.y - n.y});
+    Close();
+}
+
+/// The points between @p from and @p to, offsets from @p at, clockwise.
+void CStroker::Arc(Point at, Point from, Point to)
+{
+    const double start = std::atan2(from.y, from.x);
+    double sweep = std::atan2(to.y, to.x) - start;
     if (sweep < 0)
         sweep += 2 * std::numbers::pi;
     const int steps = static_cast<int>(sweep / m_arcStep);
     for (int i = 1; i <= steps; ++i)
     {
-        const double angle = from + sweep * i / (steps + 1);
+        const double angle = start + sweep * i / (steps + 1);
         Put({at.x + m_half * std::cos(angle), at.y + m_half * std::sin(angle)});
     }
 }
 
+/// The wedge that two stretches leave open on the outer side of their corner.
 void CStroker::JoinAt(Point at, Point before, Point after)
 {
-    const Point n0 = Normal(before, m_half), n1 = Normal(after, m_half);
     const double cross = before.x * after.y - before.y * after.x;
     const double dot = before.x * after.x + before.y * after.y;
-    Put({at.x + n0.x, at.y + n0.y});
-    constexpr double kAlmostStraight = 1e-6;
-    if (cross < 0) // the inner side: through the middle, so that the outline keeps its sense
-        Put(at);
-    else if (cross > kAlmostStraight || dot < 0)
+    constexpr double kAlmostStraight = 1e-9;
+    if (std::abs(cross) < kAlmostStraight && dot > 0)
+        return;
+    Point from = Normal(before, m_half), to = Normal(after, m_half);
+    if (cross < 0) // a turn to the left opens on the right
+        std::tie(from, to) = std::pair(Point{-to.x, -to.y}, Point{-from.x, -from.y});
+    Put(at);
+    Put({at.x + from.x, at.y + from.y});
+    if (m_pLine->join == Join::Round)
+        Arc(at, from, to);
+    else if (m_pLine->join == Join::Miter)
     {
-        if (m_pLine->join == Join::Round)
-            RoundJoin(at, n0, n1);
-        else if (m_pLine->join == Join::Miter)
-        {
-            // The tip is half / cos(angle / 2) away from the corner; cos^2 = (1 + dot) / 2.
-            const double cosSquared = (1 + dot) / 2;
-            if (cosSquared * m_pLine->miterLimit * m_pLine->miterLimit >= 1)
-                Put({at.x + (n0.x + n1.x) / (2 * cosSquared), at.y + (n0.y + n1.y) / (2 * cosSquared)});
-        }
+        // The tip is half / cos(angle / 2) away from the corner; cos^2 = (1 + dot) / 2.
+        const double cosSquared = (1 + dot) / 2;
+        if (cosSquared * m_pLine->miterLimit * m_pLine->miterLimit >= 1)
+            Put({at.x + (from.x + to.x) / (2 * cosSquared), at.y + (from.y + to.y) / (2 * cosSquared)});
     }
-    Put({at.x + n1.x, at.y + n1.y});
+    Put({at.x + to.x, at.y + to.y});
+    Close();
 }
 
 void CStroker::CapAt(Point at, Point direction, Cap cap)
 {
+    if (cap == Cap::None)
+        return;
     const Point n = Normal(direction, m_half);
+    Put({at.x + n.x, at.y + n.y});
     if (cap == Cap::Round)
-        RoundJoin(at, n, {-n.x, -n.y});
-    else if (cap == Cap::Square)
+        Arc(at, n, {-n.x, -n.y});
+    else
     {
         const Point ahead{direction.x * m_half, direction.y * m_half};
         Put({at.x + n.x + ahead.x, at.y + n.y + ahead.y});
         Put({at.x - n.x + ahead.x, at.y - n.y + ahead.y});
     }
-}
-
-/// The left side of the points.
-void CStroker::Side(bool closed)
-{
-    const std::size_t n = m_points.size();
-    const std::size_t segments = closed ? n : n - 1;
-    Point before = Unit(m_points[0], m_points[1 % n]);
-    const Point first = before;
-    if (!closed)
-    {
-        const Point normal = Normal(before, m_half);
-        Put({m_points[0].x + normal.x, m_points[0].y + normal.y});
-    }
-    for (std::size_t i = 1; i < segments; ++i)
-    {
-        const Point after = Unit(m_points[i], m_points[(i + 1) % n]);
-        JoinAt(m_points[i], before, after);
-        before = after;
-    }
-    if (closed)
-        JoinAt(m_points[0], before, first);
-    else
-    {
-        const Point normal = Normal(before, m_half);
-        Put({m_points[n - 1].x + normal.x, m_points[n - 1].y + normal.y});
-    }
-}
-
-void CStroker::Dot()
-{
-    const Point at = m_points[0];
-    if (m_pLine->startCap == Cap::None)
-        return;
-    Put({at.x, at.y - m_half});
-    CapAt(at, {1, 0}, m_pLine->startCap);
-    Put({at.x, at.y + m_half});
-    CapAt(at, {-1, 0}, m_pLine->startCap);
+    Put({at.x - n.x, at.y - n.y});
     Close();
 }
 
 void CStroker::Finish()
 {
-    if (m_points.empty())
-        return;
-    const bool closed = m_points.size() > 2 && m_points.front() == m_points.back() && !m_pLine->noClose;
-    if (closed)
-        m_points.pop_back();
-    if (m_points.size() == 1)
-        Dot();
-    else
+    const std::size_t count = m_points.size();
+    if (count == 1 && m_pLine->startCap != Cap::None)
     {
-        Side(closed);
-        if (closed)
-            Close();
+        CapAt(m_points[0], {1, 0}, m_pLine->startCap);
+        CapAt(m_points[0], {-1, 0}, m_pLine->startCap);
+    }
+    if (count > 1)
+    {
+        const Point first = Unit(m_points[0], m_points[1]);
+        Point before = first;
+        Segment(m_points[0], m_points[1], first);
+        for (std::size_t i = 1; i + 1 < count; ++i)
+        {
+            const Point after = Unit(m_points[i], m_points[i + 1]);
+            JoinAt(m_points[i], before, after);
+            Segment(m_points[i], m_points[i + 1], after);
+            before = after;
+        }
+        if (count > 2 && m_points.front() == m_points.back() && !m_pLine->noClose)
+            JoinAt(m_points[0], before, first);
         else
-            CapAt(m_points.back(), Unit(m_points[m_points.size() - 2], m_points.back()), m_pLine->endCap);
-        std::reverse(m_points.begin(), m_points.end());
-        Side(closed);
-        if (!closed)
-            CapAt(m_points.back(), Unit(m_points[m_points.size() - 2], m_points.back()), m_pLine->startCap);
-        Close();
+        {
+            CapAt(m_points[0], {-first.x, -first.y}, m_pLine->startCap);
+            CapAt(m_points.back(), before, m_pLine->endCap);
+        }
     }
     m_points.clear();
 }
@@ -165,33 +151,37 @@ void CStroker::Outline(const ShapeLayer& layer, std::uint32_t number, const Matr
     m_toDevice = toDevice;
     m_pOut = &out;
     m_points.clear();
-    m_bOpenOutline = false;
+    m_bOpenPiece = false;
     const double scale = std::sqrt(std::abs(toDevice.Determinant()));
     if (!(scale > 0))
         return;
-    double width = m_pLine->width * scale;
-    if (m_pLine->keepX && m_pLine->keepY)
-        width = m_pLine->width / 20 * stageScale;
-    width = std::max(width, 1.0); // a line is never thinner than a pixel
-    m_half = width / scale / 2;
+    const bool keep = m_pLine->keepX && m_pLine->keepY;
+    // A width that does not grow is round on the screen, whatever the shape goes through: it is drawn there.
+    const Matrix toPen = keep ? toDevice : Matrix{};
+    const double penScale = keep ? 1 : scale;
+    if (keep)
+        m_toDevice = {};
+    const double width = std::max(keep ? m_pLine->width / 20 * stageScale : m_pLine->width * scale, 1.0);
+    m_half = width / penScale / 2; // a line is never thinner than a pixel
     m_arcStep = std::clamp(2 * std::acos(std::max(-1.0, 1 - 2 * kFlatness / width)), 0.05, 1.0);
-    const double curveScale = toDevice.Scale() * std::max(1.0, 1 + width / 8); // wide lines show their corners more
+    const double curveScale =
+        (keep ? 1 : toDevice.Scale()) * std::max(1.0, 1 + width / 8); // wide lines show their corners more
     for (const Path& path : layer.paths)
     {
         if (path.line != number || out.size() >= limit)
             continue;
-        Point from{path.startX, path.startY};
+        Point from = toPen.Map(Point{path.startX, path.startY});
         if (!m_points.empty() && m_points.back() != from)
             Finish();
         Add(from);
         for (std::uint32_t i = 0; i < path.edgeCount && out.size() + m_points.size() < limit; ++i)
         {
             const Edge& edge = layer.edges[path.firstEdge + i];
-            const Point to{edge.x, edge.y};
+            const Point to = toPen.Map(Point{edge.x, edge.y});
             if (edge.IsLine())
                 Add(to);
             else
-                FlattenCurve(from, {edge.cx, edge.cy}, to, curveScale, [this](Point p) { Add(p); });
+                FlattenCurve(from, toPen.Map(Point{edge.cx, edge.cy}), to, curveScale, [this](Point p) { Add(p); });
             from = to;
         }
     }

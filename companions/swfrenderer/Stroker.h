@@ -8,7 +8,8 @@
 
 namespace swf
 {
-/// Makes the outline of everything that one line style draws: fill 1, to be filled by the non-zero rule.
+/// Makes the outline of everything that one line style draws: fill 1, to be filled by the non-zero rule. Every stretch,
+/// corner and end is a piece of its own with the same sense, so that tight turns leave no holes.
 class CStroker
 {
 public:
@@ -20,11 +21,10 @@ public:
 private:
     void Add(Point p);
     void Finish();
-    void Side(bool closed);
+    void Segment(Point a, Point b, Point direction);
     void JoinAt(Point at, Point before, Point after);
-    void RoundJoin(Point at, Point n0, Point n1);
+    void Arc(Point at, Point from, Point to);
     void CapAt(Point at, Point direction, Cap cap);
-    void Dot();
     void Put(Point p);
     void Close();
 
@@ -34,7 +34,7 @@ private:
     double m_arcStep = 0; ///< radians between the points of a round join
     std::vector<FlatEdge>* m_pOut = nullptr;
     std::vector<Point> m_points; ///< of the line being walked, without repetitions
-    bool m_bOpenOutline = false;
-    Point m_first, m_last; ///< of the outline, device pixels
+    bool m_bOpenPiece = false;
+    Point m_first, m_last; ///< of the piece, device pixels
 };
 } // namespace swf

@@ -2,6 +2,7 @@
 
 #include "engine/decoders/FileKind.h"
 #include "engine/decoders/media/VideoDecoder.h"
+#include "engine/decoders/still/FlashDecoder.h"
 #include "engine/platform/CriticalSectionGuard.h"
 #include "engine/platform/NullReference.h"
 
@@ -15,14 +16,17 @@ namespace
 enum class DecoderKind
 {
     None,
+    Flash,
     Video
 };
 
 /// The extension comes before the decoder type: a title or image clip whose path ends in "gif" gets a GIF decoder.
 DecoderKind KindFor(const tagDecProp& prop)
 {
-    if (HasExtension(prop.filePath, L"gif") || HasExtension(prop.filePath, L"swf"))
+    if (HasExtension(prop.filePath, L"gif"))
         return DecoderKind::None;
+    if (HasExtension(prop.filePath, L"swf"))
+        return DecoderKind::Flash;
     return prop.decoderType == kDecoderVideo ? DecoderKind::Video : DecoderKind::None;
 }
 
@@ -91,6 +95,8 @@ IDecoder* MakeDecoder(const tagDecProp& prop)
 {
     switch (KindFor(prop))
     {
+    case DecoderKind::Flash:
+        return new CFlashDecoder;
     case DecoderKind::Video:
         return new CVideoDecoder;
     case DecoderKind::None:
@@ -103,6 +109,8 @@ bool IsDecoderFor(IDecoder* pDecoder, const tagDecProp& prop)
 {
     switch (KindFor(prop))
     {
+    case DecoderKind::Flash:
+        return dynamic_cast<CFlashDecoder*>(pDecoder) != nullptr;
     case DecoderKind::Video:
         return dynamic_cast<CVideoDecoder*>(pDecoder) != nullptr;
     case DecoderKind::None:
