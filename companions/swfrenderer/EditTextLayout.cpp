@@ -19,7 +19,7 @@ struct Format
 {
     std::uint16_t font = 0;
     std::string face;
-    bool bold = false, italic = false;
+    bool bold = false, italic = false, kerning = false;
     double height = 240;
     Rgba colour;
     std::uint8_t align = 0;
@@ -189,6 +189,8 @@ private:
         {
             if (values.contains("face"))
                 format.face = values["face"];
+            if (values.contains("kerning"))
+                format.kerning = values["kerning"] != "0";
             if (values.contains("size"))
                 format.height = 20 * Number(values["size"], 1, 1000);
             if (values.contains("color") && values["color"].size() == 7)
@@ -252,9 +254,18 @@ void Measure(Letter& letter, const Movie& movie)
     const double scale = letter.format.height / letter.pFont->unitsPerEm;
     const Font& font = *letter.pFont;
     if (letter.glyph < font.advances.size())
-        letter.advance = std::round(font.advances[letter.glyph] * scale); // whole twips: fields are cut to fit them
+        letter.advance = std::floor(font.advances[letter.glyph] * scale); // whole twips: fields are cut to fit them
     else if (letter.glyph < font.glyphs.size() && !font.glyphs[letter.glyph].bounds.IsEmpty())
         letter.advance = font.glyphs[letter.glyph].bounds.xMax * scale;
+}
+
+void Kern(Letter& letter, const Letter& next)
+{
+    if (!letter.format.kerning || !letter.hasGlyph || letter.pFont != next.pFont)
+        return;
+    const auto pair = letter.pFont->kerning.find(letter.code << 16 | next.code);
+    if (pair != letter.pFont->kerning.end())
+        letter.advance += std::floor(pair->second * letter.format.height / letter.pFont->unitsPerEm);
 }
 
 class CLineSetter
@@ -368,6 +379,8 @@ Text LayOut(const EditText& edit, const Movie& movie)
     std::vector<Letter> letters = CMarkupReader(edit, base).Read();
     for (Letter& letter : letters)
         Measure(letter, movie);
+    for (std::size_t i = 0; i + 1 < letters.size(); ++i)
+        Kern(letters[i], letters[i + 1]);
     CLineSetter(edit, out).Set(letters);
     return out;
 }

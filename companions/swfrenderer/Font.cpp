@@ -20,13 +20,21 @@ void ReadGlyphs(std::span<const std::uint8_t> base, const std::vector<std::size_
     }
 }
 
-void ReadLayout(CByteReader& reader, std::size_t count, Font& font)
+void ReadLayout(CByteReader& reader, std::size_t count, bool wideCodes, Font& font)
 {
     font.ascent = reader.U16();
     font.descent = reader.U16();
     font.leading = reader.S16();
     for (std::size_t i = 0; i < count && !reader.Failed(); ++i)
         font.advances.push_back(reader.S16());
+    for (std::size_t i = 0; i < count && !reader.Failed(); ++i)
+        (void)reader.ReadRect(); // boxes of the glyphs
+    for (std::uint32_t n = reader.U16(); n > 0 && !reader.Failed(); --n)
+    {
+        const std::uint32_t first = wideCodes ? reader.U16() : reader.U8();
+        const std::uint32_t second = wideCodes ? reader.U16() : reader.U8();
+        font.kerning[first << 16 | second] = reader.S16();
+    }
 }
 } // namespace
 
@@ -73,7 +81,7 @@ bool ReadFont(CByteReader& reader, int version, EdgeBudget& budget, Font& font)
             font.glyphOf.emplace(code, static_cast<std::uint32_t>(i));
     }
     if ((flags & 0x80) != 0)
-        ReadLayout(codes, count, font);
+        ReadLayout(codes, count, (flags & 4) != 0, font);
     return true;
 }
 

@@ -20,6 +20,7 @@ struct Font
     double ascent = 0, descent = 0, leading = 0; ///< units
     std::vector<Shape> glyphs;
     std::vector<double> advances;                             ///< units, one per glyph where the font has a layout
+    std::unordered_map<std::uint32_t, double> kerning;        ///< units, by first code << 16 | second code
     std::unordered_map<std::uint32_t, std::uint32_t> glyphOf; ///< by character code
 };
 

@@ -26,4 +26,7 @@ inline constexpr std::uint64_t kMaxRenderPixels = std::uint64_t{64} << 20;
 inline constexpr std::uint32_t kMaxLayers = 24; ///< pictures beside the canvas in use at one time
 inline constexpr std::uint64_t kMaxFrameWork = std::uint64_t{3} << 28;  ///< pixels painted or filtered for one frame
 inline constexpr std::uint64_t kMaxFrameEdges = std::uint64_t{6} << 20; ///< straight edges drawn for one frame
+/// Pixels that edges pass through: what the rasteriser keeps in memory for one outline, and may do for one frame.
+inline constexpr std::uint64_t kMaxOutlineCells = std::uint64_t{2} << 20;
+inline constexpr std::uint64_t kMaxFrameCells = std::uint64_t{24} << 20;
 } // namespace swf

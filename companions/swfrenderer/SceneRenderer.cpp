@@ -57,7 +57,7 @@ private:
 void CSceneRenderer::Render(const CStage& stage, Coverage coverage, Surface& canvas)
 {
     m_coverage = coverage;
-    m_work = m_edgeWork = 0;
+    m_work = m_edgeWork = m_cells = 0;
     m_spareSurfaces.reserve(kMaxLayers + 1);
     m_spareMasks.reserve(kMaxLayers + 1);
     const Rect& box = m_movie.file.stage;
@@ -227,6 +227,22 @@ CPaint& CSceneRenderer::PaintAt(std::size_t index)
     return m_paints[index];
 }
 
+/// @return false when the edges in m_edges pass through more pixels of @p area than an outline or a frame may have.
+bool CSceneRenderer::SpendCells(const Area& area)
+{
+    const auto span = [](float a, float b, int low, int high)
+    {
+        const double from = std::max<double>(std::min(a, b), low), to = std::min<double>(std::max(a, b), high);
+        return to > from ? static_cast<std::uint64_t>(to - from) + 1 : 0;
+    };
+    std::uint64_t cells = 0;
+    for (const FlatEdge& edge : m_edges)
+        if (const std::uint64_t rows = span(edge.y0, edge.y1, area.top, area.bottom))
+            cells += rows + span(edge.x0, edge.x1, area.left, area.right);
+    m_cells += cells;
+    return cells <= kMaxOutlineCells && m_cells <= kMaxFrameCells;
+}
+
 /// The edges in m_edges, whose fills are in m_paints.
 void CSceneRenderer::DrawEdges(std::uint16_t fills, bool nonZero, const Target& target)
 {
@@ -242,7 +258,7 @@ void CSceneRenderer::DrawEdges(std::uint16_t fills, bool nonZero, const Target& 
         yMax = std::max({yMax, edge.y0, edge.y1});
     }
     const Area area = AreaOf({xMin, yMin, xMax, yMax}).Meet(target.clip);
-    if (area.IsEmpty() || !Spend(area.Pixels()))
+    if (area.IsEmpty() || !Spend(area.Pixels()) || !SpendCells(area))
         return;
     if (target.pCovered)
     {

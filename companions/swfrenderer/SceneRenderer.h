@@ -59,6 +59,7 @@ private:
     const Shape& MorphAt(std::uint16_t id, const MorphShape& morph, std::uint16_t ratio);
     Rect BoundsOf(const Instance& object, const Matrix& matrix) const;
     bool Spend(std::uint64_t pixels);
+    bool SpendCells(const Area& area);
 
     struct Morphed
     {
@@ -68,9 +69,9 @@ private:
 
     const Movie& m_movie;
     Coverage m_coverage = Coverage::Exact;
-    double m_scaleX = 1, m_scaleY = 1; ///< device pixels per pixel of the stage
-    std::uint64_t m_work = 0, m_edgeWork = 0;
-    std::uint32_t m_layers = 0; ///< in use now
+    double m_scaleX = 1, m_scaleY = 1;                     ///< device pixels per pixel of the stage
+    std::uint64_t m_work = 0, m_edgeWork = 0, m_cells = 0; ///< of this frame
+    std::uint32_t m_layers = 0;                            ///< in use now
     CRasterizer m_rasterizer;
     CStroker m_stroker;
     CFilterPass m_filters;
