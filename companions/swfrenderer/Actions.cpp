@@ -9,7 +9,6 @@
 #include <string>
 #include <unordered_map>
 #include <utility>
-#include <variant>
 
 namespace swf
 {
@@ -18,11 +17,34 @@ namespace
 constexpr std::size_t kMaxActions = 256, kMaxStack = 256;
 
 /// A value on the stack: not known, a text, a number, or the name of an object on a timeline.
-struct ObjectPath
+class Value
 {
-    std::string path;
+public:
+    Value() = default;
+    explicit Value(double number) : m_kind(Kind::Number), m_number(number) {}
+    explicit Value(std::string text) : m_kind(Kind::Text), m_text(std::move(text)) {}
+    static Value Object(std::string path)
+    {
+        Value value(std::move(path));
+        value.m_kind = Kind::Object;
+        return value;
+    }
+    const double* Number() const { return m_kind == Kind::Number ? &m_number : nullptr; }
+    const std::string* Text() const { return m_kind == Kind::Text ? &m_text : nullptr; }
+    const std::string* Path() const { return m_kind == Kind::Object ? &m_text : nullptr; }
+
+private:
+    enum class Kind
+    {
+        Unknown,
+        Number,
+        Text,
+        Object
+    };
+    Kind m_kind = Kind::Unknown;
+    double m_number = 0;
+    std::string m_text;
 };
-using Value = std::variant<std::monostate, std::string, double, ObjectPath>;
 
 const std::unordered_map<std::string, TimelineAction::Property> kProperties = {
     {"_x", TimelineAction::Property::X},
@@ -37,9 +59,9 @@ const std::unordered_map<std::string, TimelineAction::Property> kProperties = {
 
 std::optional<double> AsNumber(const Value& value)
 {
-    if (const double* const p = std::get_if<double>(&value))
+    if (const double* const p = value.Number())
         return std::isfinite(*p) ? std::optional(*p) : std::nullopt;
-    if (const std::string* const p = std::get_if<std::string>(&value); p && !p->empty())
+    if (const std::string* const p = value.Text(); p && !p->empty())
     {
         double number = 0;
         const char* at = p->c_str();
@@ -150,7 +172,7 @@ private:
                 m_pool.push_back(body.String());
             break;
         case 0x8B:
-            SetTarget(body.String());
+            SetTarget(Value(body.String()));
             break;
         case 0x8C:
             Add(TimelineAction::Kind::GoToLabel).label = body.String();
@@ -188,23 +210,23 @@ private:
             switch (body.U8())
             {
             case 0:
-                Push(body.String());
+                Push(Value(body.String()));
                 break;
             case 1:
-                Push(static_cast<double>(body.F32()));
+                Push(Value(static_cast<double>(body.F32())));
                 break;
             case 5:
-                Push(body.U8() != 0 ? 1.0 : 0.0);
+                Push(Value(body.U8() != 0 ? 1.0 : 0.0));
                 break;
             case 6:
             {
                 // The half with sign and exponent comes first.
                 const std::uint64_t high = body.U32();
-                Push(std::bit_cast<double>(high << 32 | body.U32()));
+                Push(Value(std::bit_cast<double>(high << 32 | body.U32())));
                 break;
             }
             case 7:
-                Push(static_cast<double>(static_cast<std::int32_t>(body.U32())));
+                Push(Value(static_cast<double>(static_cast<std::int32_t>(body.U32()))));
                 break;
             case 8:
                 PushPooled(body.U8());
@@ -227,29 +249,29 @@ private:
     void PushPooled(std::size_t index) { Push(index < m_pool.size() ? Value(m_pool[index]) : Value{}); }
     void SetTarget(const Value& value)
     {
-        if (const std::string* const p = std::get_if<std::string>(&value))
+        if (const std::string* const p = value.Text())
             m_target = *p;
-        else if (const ObjectPath* const pPath = std::get_if<ObjectPath>(&value))
-            m_target = pPath->path;
+        else if (const std::string* const pPath = value.Path())
+            m_target = *pPath;
     }
     void GetVariable()
     {
         const Value name = Pop();
-        const std::string* const p = std::get_if<std::string>(&name);
+        const std::string* const p = name.Text();
         if (!p || p->empty())
             Push(Value{});
         else
-            Push(ObjectPath{*p == "this" ? m_target : *p});
+            Push(Value::Object(*p == "this" ? m_target : *p));
     }
     void GetMember()
     {
         const Value name = Pop(), object = Pop();
-        const std::string* const pName = std::get_if<std::string>(&name);
-        const ObjectPath* const pObject = std::get_if<ObjectPath>(&object);
+        const std::string* const pName = name.Text();
+        const std::string* const pObject = object.Path();
         if (!pName || !pObject)
             Push(Value{});
         else
-            Push(ObjectPath{pObject->path.empty() ? *pName : pObject->path + "." + *pName});
+            Push(Value::Object(pObject->empty() ? *pName : *pObject + "." + *pName));
     }
     void AddProperty(const std::string& target, TimelineAction::Property property, const Value& value)
     {
@@ -264,33 +286,33 @@ private:
     void SetVariable()
     {
         const Value value = Pop(), name = Pop();
-        if (const std::string* const p = std::get_if<std::string>(&name))
+        if (const std::string* const p = name.Text())
             if (const auto found = kProperties.find(*p); found != kProperties.end())
                 AddProperty(m_target, found->second, value);
     }
     void SetMember()
     {
         const Value value = Pop(), name = Pop(), object = Pop();
-        const std::string* const pName = std::get_if<std::string>(&name);
-        const ObjectPath* const pObject = std::get_if<ObjectPath>(&object);
+        const std::string* const pName = name.Text();
+        const std::string* const pObject = object.Path();
         if (!pName || !pObject)
             return;
         if (const auto found = kProperties.find(*pName); found != kProperties.end())
-            AddProperty(pObject->path, found->second, value);
+            AddProperty(*pObject, found->second, value);
     }
     void SetProperty()
     {
         const Value value = Pop();
         const std::optional<double> index = AsNumber(Pop());
         const Value target = Pop();
-        const std::string* const pTarget = std::get_if<std::string>(&target);
-        const ObjectPath* const pPath = std::get_if<ObjectPath>(&target);
+        const std::string* const pTarget = target.Text();
+        const std::string* const pPath = target.Path();
         if (!index || (!pTarget && !pPath))
             return;
         const int n = static_cast<int>(std::clamp(*index, -1.0, 99.0));
         if ((n >= 0 && n <= 3) || (n >= 6 && n <= 10))
         {
-            const std::string path = pTarget ? *pTarget : pPath->path;
+            const std::string path = pTarget ? *pTarget : *pPath;
             AddProperty(path.empty() ? m_target : path, static_cast<TimelineAction::Property>(n), value);
         }
     }
@@ -304,7 +326,7 @@ private:
             action.kind = TimelineAction::Kind::GoTo;
             action.frame = *number >= 1 && *number <= 65'536 ? static_cast<std::uint32_t>(*number) - 1 : 0;
         }
-        else if (const std::string* const p = std::get_if<std::string>(&where))
+        else if (const std::string* const p = where.Text())
         {
             action.kind = TimelineAction::Kind::GoToLabel;
             action.label = *p;
@@ -319,7 +341,7 @@ private:
         Value where = Pop();
         if ((flags & 2) != 0) // frames of the scenes before
             if (const std::optional<double> number = AsNumber(where))
-                where = *number + body.U16();
+                where = Value(*number + body.U16());
         GoTo(m_target, where, (flags & 1) != 0);
     }
     void CallMethod()
@@ -330,11 +352,11 @@ private:
         for (double n = count ? *count : 0; n > 0 && !m_stack.empty(); --n)
             arguments.push_back(Pop());
         Push(Value{});
-        const std::string* const pMethod = std::get_if<std::string>(&method);
-        const ObjectPath* const pObject = std::get_if<ObjectPath>(&object);
+        const std::string* const pMethod = method.Text();
+        const std::string* const pObject = object.Path();
         if (!pMethod || !pObject)
             return;
-        const std::string before = std::exchange(m_target, pObject->path);
+        const std::string before = std::exchange(m_target, *pObject);
         if (*pMethod == "stop")
             Add(TimelineAction::Kind::Stop);
         else if (*pMethod == "play")
