@@ -136,6 +136,13 @@ Area FilterMargins(const Filter& filter, double scaleX, double scaleY)
     return {x, y, x, y};
 }
 
+std::uint64_t FilterCost(const Filter& filter)
+{
+    if (filter.kind == Filter::Kind::Convolution)
+        return 1 + std::uint64_t{filter.columns} * filter.rows;
+    return filter.kind == Filter::Kind::ColourMatrix ? 1 : 4 + 2 * std::uint64_t{PassesOf(filter)};
+}
+
 void CFilterPass::BlurPicture(Surface& picture, double widthX, double widthY, std::uint32_t passes)
 {
     BlurBoth(picture.pixels, m_copy, picture.area, widthX, widthY, passes);

@@ -13,6 +13,9 @@ namespace swf
 /// @param scaleX,scaleY  device pixels per pixel of the stage
 Area FilterMargins(const Filter& filter, double scaleX, double scaleY);
 
+/// How often a filter goes over every pixel, about.
+std::uint64_t FilterCost(const Filter& filter);
+
 /// Applies filters to premultiplied pictures; what lies outside of a picture is transparent.
 class CFilterPass
 {

@@ -181,8 +181,11 @@ void CSceneRenderer::DrawLayer(const Instance& object, const Matrix& matrix, con
     if (area.IsEmpty())
         return;
     area = grown(area).Meet(grown(target.clip));
-    if (area.IsEmpty() || m_layers >= kMaxLayers ||
-        !Spend(area.Pixels() * (1 + (object.pFilters ? object.pFilters->size() * 8 : 0))))
+    std::uint64_t passes = 1; // over all pixels of the layer
+    if (object.pFilters)
+        for (const Filter& filter : *object.pFilters)
+            passes += FilterCost(filter);
+    if (area.IsEmpty() || m_layers >= kMaxLayers || !Spend(area.Pixels() * passes))
         return;
     CSpare<Surface> layer(m_spareSurfaces, m_layers);
     layer->Reset(area, 0);
