@@ -8,6 +8,10 @@ add_library(qmx_libyuv INTERFACE)
 target_include_directories(qmx_libyuv SYSTEM INTERFACE ${LIBYUV_INCLUDE_DIR})
 target_link_libraries(qmx_libyuv INTERFACE ${LIBYUV_LIBRARY})
 
+# Containers of Flash movies.
+find_package(ZLIB REQUIRED)
+find_package(LibLZMA REQUIRED)
+
 # TurboJPEG's interface lies beside libjpeg's in one package, of which only some builds bring a CMake package.
 find_path(TURBOJPEG_INCLUDE_DIR turbojpeg.h REQUIRED)
 find_library(TURBOJPEG_LIBRARY NAMES turbojpeg libturbojpeg REQUIRED)

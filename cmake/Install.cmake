@@ -47,6 +47,7 @@ set(QMX_PUBLIC_HEADERS
   engine/platform/RefPtr.h
   engine/platform/SampleBuffer.h
   engine/platform/SampleInfo.h
+  engine/platform/SwfRenderer.h
   engine/platform/TxEffect.h)
 foreach(header IN LISTS QMX_PUBLIC_HEADERS)
   cmake_path(GET header PARENT_PATH folder)
@@ -66,12 +67,13 @@ endif()
 
 # ---- libraries ------------------------------------------------------------------------------------------------------
 
-set(QMX_LIBRARIES qmxengine qmxdecoderinterop qmxjpegframes qmxpixelutility qmxsamplebuffer)
+set(QMX_LIBRARIES qmxengine qmxdecoderinterop qmxjpegframes qmxpixelutility qmxsamplebuffer qmxswfrenderer)
 set_target_properties(qmxengine PROPERTIES EXPORT_NAME engine)
 set_target_properties(qmxdecoderinterop PROPERTIES EXPORT_NAME decoderinterop)
 set_target_properties(qmxjpegframes PROPERTIES EXPORT_NAME jpegframes)
 set_target_properties(qmxsamplebuffer PROPERTIES EXPORT_NAME samplebuffer)
 set_target_properties(qmxpixelutility PROPERTIES EXPORT_NAME pixelutility)
+set_target_properties(qmxswfrenderer PROPERTIES EXPORT_NAME swfrenderer)
 foreach(library IN LISTS QMX_LIBRARIES)
   target_include_directories(${library} INTERFACE "$<INSTALL_INTERFACE:${QMX_INCLUDE_FOLDERS}>")
   target_compile_features(${library} INTERFACE cxx_std_20)

@@ -3,6 +3,7 @@
 #include "engine/decoders/DecoderCache.h"
 #include "engine/decoders/FileKind.h"
 #include "engine/decoders/media/VideoDecoder.h"
+#include "engine/decoders/still/FlashDecoder.h"
 #include "engine/platform/NullReference.h"
 
 #include <algorithm>
@@ -113,8 +114,9 @@ bool CQMXVideoClip::Open(const tagRenderProp& request)
             return true;
         }
         if (HasExtension(m_decoderProp.filePath, L"swf"))
-            return false;
-        m_pVideoDecoder = new CVideoDecoder; // kept when it cannot open: it then gives blank frames
+            m_pVideoDecoder = new CFlashDecoder;
+        else
+            m_pVideoDecoder = new CVideoDecoder; // kept when it cannot open: it then gives blank frames
         return m_pVideoDecoder->Initialize(m_decoderProp);
     }
     catch (const std::bad_alloc&)

@@ -3,6 +3,7 @@
 #include "engine/decoders/FileKind.h"
 #include "engine/decoders/media/CameraClipDecoder.h"
 #include "engine/decoders/media/VideoDecoder.h"
+#include "engine/decoders/still/FlashDecoder.h"
 #include "engine/decoders/still/GifDecoder.h"
 #include "engine/decoders/still/ImageDecoder.h"
 #include "engine/decoders/still/KeystrokeDecoder.h"
@@ -20,6 +21,7 @@ namespace
 enum class DecoderKind
 {
     None,
+    Flash,
     Gif,
     Image,
     Video,
@@ -34,7 +36,7 @@ DecoderKind KindFor(const tagDecProp& prop)
     if (HasExtension(prop.filePath, L"gif"))
         return DecoderKind::Gif;
     if (HasExtension(prop.filePath, L"swf"))
-        return DecoderKind::None;
+        return DecoderKind::Flash;
     switch (prop.decoderType)
     {
     case kDecoderVideo:
@@ -121,6 +123,8 @@ IDecoder* MakeDecoder(const tagDecProp& prop)
         return new CGifDecoder;
     case DecoderKind::Image:
         return new CImageDecoder;
+    case DecoderKind::Flash:
+        return new CFlashDecoder;
     case DecoderKind::Video:
         return new CVideoDecoder;
     case DecoderKind::Title:
@@ -143,6 +147,8 @@ bool IsDecoderFor(IDecoder* pDecoder, const tagDecProp& prop)
         return dynamic_cast<CGifDecoder*>(pDecoder) != nullptr;
     case DecoderKind::Image: // of which a GIF decoder is one, too
         return dynamic_cast<CImageDecoder*>(pDecoder) != nullptr && dynamic_cast<CGifDecoder*>(pDecoder) == nullptr;
+    case DecoderKind::Flash:
+        return dynamic_cast<CFlashDecoder*>(pDecoder) != nullptr;
     case DecoderKind::Video:
         return dynamic_cast<CVideoDecoder*>(pDecoder) != nullptr;
     case DecoderKind::Title:

@@ -1,18 +1,21 @@
 // Everything that crosses the exported interface, for the compiler to lay out. Nothing of it runs: a record is laid out
 // where its size is asked for, a table of virtual operations where one of them is called.
 #include "engine/platform/SampleInfo.h"
+#include "engine/platform/SwfRenderer.h"
 #include "engine/qmx.h"
 
 constexpr unsigned long long kSizes[] = {
-    sizeof(tagSampleInfo), sizeof(tagTransparentColorInfo), sizeof(tagVideoInfo),        sizeof(tagPIPPOSITION),
-    sizeof(tagRenderProp), sizeof(tagTxEffectParam),        sizeof(tagQMXTitleTextInfo), sizeof(tagQMXKeystrokeInfo)};
+    sizeof(tagSampleInfo),       sizeof(tagTransparentColorInfo), sizeof(tagVideoInfo),
+    sizeof(tagPIPPOSITION),      sizeof(tagRenderProp),           sizeof(tagTxEffectParam),
+    sizeof(tagQMXTitleTextInfo), sizeof(tagQMXKeystrokeInfo),     sizeof(tagSWFMovieInfo)};
 
 void CallOneOfEach(IQMXDocument& document, IQMXTrack& track, IQMXCleaner& cleaner, IQMXBaseClip& clip,
                    CQMXVideoClip& videoClip, CQMXCameraClip& cameraClip, CQMXColorClip& colorClip,
                    CQMXTXClip& transitionClip, CQMXImageClip& imageClip, CQMXTitleClip& titleClip,
                    CQMXKeystrokeClip& keystrokeClip, IDecoder& decoder, CVideoDecoder& videoDecoder,
                    CCameraClipDecoder& cameraDecoder, CImageDecoder& imageDecoder, CGifDecoder& gifDecoder,
-                   CTitleDecoder& titleDecoder, CKeystrokeDecoder& keystrokeDecoder, ISampleBuffer& buffer)
+                   CTitleDecoder& titleDecoder, CKeystrokeDecoder& keystrokeDecoder, ISampleBuffer& buffer,
+                   ISWFRenderObj& movie)
 {
     bool flag = false;
     document.GetTrackCount();
@@ -34,4 +37,5 @@ void CallOneOfEach(IQMXDocument& document, IQMXTrack& track, IQMXCleaner& cleane
     keystrokeClip.GetKeystrokeTop();
     cameraDecoder.GetLastFrame();
     buffer.AddRef();
+    movie.AddRef();
 }

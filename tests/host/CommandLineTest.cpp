@@ -201,6 +201,20 @@ TEST_F(CommandLine, InfoTellsEveryFileThatCannotBeReadAndIsFour)
     EXPECT_EQ(json.Output(), "[]\n");
 }
 
+TEST_F(CommandLine, InfoTellsOfFlashMovies)
+{
+    // 64 by 48 pixels, 25.5 frames a second, two empty frames.
+    const unsigned char movie[] = {0x46, 0x57, 0x53, 0x0A, 0x19, 0x00, 0x00, 0x00, 0x60, 0x00, 0x28, 0x00, 0x00,
+                                   0x1E, 0x00, 0x80, 0x19, 0x02, 0x00, 0x40, 0x00, 0x40, 0x00, 0x00, 0x00};
+    std::ofstream(Name("two.SWF"), std::ios::binary)
+        .write(reinterpret_cast<const char*>(movie), static_cast<std::streamsize>(sizeof movie));
+    const QmxRun run({"info", Name("two.SWF")});
+    EXPECT_EQ(run.ExitCode(), 0);
+    EXPECT_EQ(run.Output().find(Name("two.SWF") + ": 64 x 48, 51/2 frames/s, rotation 0, pixel aspect 1:1, 0.078"), 0U)
+        << run.Output();
+    EXPECT_EQ(run.Errors(), "");
+}
+
 TEST_F(CommandLine, OutputsThatCannotBeWrittenAreFiveAndLeaveNothing)
 {
     const std::vector<std::vector<std::string>> commands = {{"render", Project(), "-o", Name("none/a.mp4")},

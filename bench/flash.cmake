@@ -1,0 +1,3 @@
+target_sources(qmx_bench PRIVATE FlashBench.cpp)
+target_compile_definitions(qmx_bench PRIVATE QMX_CORPUS_DIR="${QMX_CORPUS_DIR}")
+target_link_libraries(qmx_bench PRIVATE qmx::swfrenderer)

@@ -1,0 +1,149 @@
+/// @file Movie.h
+/// A movie read: its characters and its timelines. Never changes once it is read.
+#pragma once
+
+#include "companions/swfrenderer/Bitmap.h"
+#include "companions/swfrenderer/Container.h"
+#include "companions/swfrenderer/Filter.h"
+#include "companions/swfrenderer/Font.h"
+#include "companions/swfrenderer/Shape.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <variant>
+#include <vector>
+
+namespace swf
+{
+enum class BlendMode : std::uint8_t
+{
+    Normal = 1,
+    Layer,
+    Multiply,
+    Screen,
+    Lighten,
+    Darken,
+    Difference,
+    Add,
+    Subtract,
+    Invert,
+    Alpha,
+    Erase,
+    Overlay,
+    HardLight
+};
+
+/// What a frame does to one depth. What is not stated stays as it is.
+struct Placement
+{
+    std::uint16_t depth = 0;
+    bool isMove = false; ///< changes what is there; else something new comes
+    std::optional<std::uint16_t> character;
+    std::optional<Matrix> matrix;
+    std::optional<ColourTransform> colours;
+    std::optional<std::uint16_t> ratio;
+    std::optional<std::uint16_t> clipDepth;
+    std::optional<std::string> name;
+    std::optional<std::vector<Filter>> filters;
+    std::optional<BlendMode> blend;
+    std::optional<bool> visible;
+};
+
+struct Removal
+{
+    std::uint16_t depth = 0;
+};
+
+/// What actions with constant values do to a timeline or an object on it.
+struct TimelineAction
+{
+    enum class Kind : std::uint8_t
+    {
+        Play,
+        Stop,
+        NextFrame,
+        PreviousFrame,
+        GoTo,      ///< frame, from 0
+        GoToLabel, ///< label
+        SetProperty
+    };
+    enum class Property : std::uint8_t ///< numbered as the format does
+    {
+        X,
+        Y,
+        ScaleX,
+        ScaleY,
+        Alpha = 6,
+        Visible,
+        Width,
+        Height,
+        Rotation
+    };
+    Kind kind = Kind::Play;
+    Property property = Property::X;
+    bool thenPlay = false; ///< GoTo and GoToLabel: play from there, else stop
+    std::uint32_t frame = 0;
+    double value = 0; ///< pixels, percent, degrees
+    std::string label;
+    std::string target; ///< path with slashes or dots from the object that acts; empty for itself
+};
+
+struct BackgroundChange
+{
+    Rgba colour;
+};
+
+using FrameStep = std::variant<Placement, Removal, TimelineAction, BackgroundChange>;
+
+/// Frames of the root or of a sprite.
+struct Timeline
+{
+    std::vector<FrameStep> steps;
+    std::vector<std::uint32_t> frameEnds; ///< frame n has the steps up to frameEnds[n]
+    std::unordered_map<std::string, std::uint32_t> labels;
+
+    std::uint32_t FrameCount() const { return static_cast<std::uint32_t>(frameEnds.size()); }
+    std::uint32_t FirstStep(std::uint32_t frame) const { return frame == 0 ? 0 : frameEnds[frame - 1]; }
+};
+
+/// Text that a movie could change, laid out when all fonts are known.
+struct EditText
+{
+    Rect bounds;
+    std::string text; ///< UTF-8; with markup when isHtml
+    bool isHtml = false, multiline = false, wordWrap = false, border = false, password = false, autoSize = false;
+    std::uint16_t font = 0;
+    double height = 240; ///< twips
+    Rgba colour{0, 0, 0, 255};
+    std::uint8_t align = 0;                                          ///< 0 left, 1 right, 2 centre, 3 justify
+    double leftMargin = 0, rightMargin = 0, indent = 0, leading = 0; ///< twips
+};
+
+struct VideoStream
+{
+    std::uint32_t width = 0, height = 0, codec = 0;
+    bool smooth = false;
+    std::vector<std::span<const std::uint8_t>> frames; ///< by number; empty where the movie has none
+};
+
+using Character =
+    std::variant<std::monostate, Shape, MorphShape, PackedBitmap, Font, Text, EditText, Timeline, VideoStream>;
+
+struct Movie
+{
+    Container file;
+    std::vector<Character> characters; ///< by number
+    std::unordered_map<std::uint16_t, Rect> scaleGrids;
+    Timeline root;
+
+    const Character* Find(std::uint16_t id) const { return id < characters.size() ? &characters[id] : nullptr; }
+    template <class T> const T* FindAs(std::uint16_t id) const
+    {
+        const Character* const p = Find(id);
+        return p ? std::get_if<T>(p) : nullptr;
+    }
+};
+} // namespace swf

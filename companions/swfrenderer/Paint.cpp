@@ -1,0 +1,222 @@
+#include "companions/swfrenderer/Paint.h"
+
+#include <cmath>
+
+namespace swf
+{
+namespace
+{
+constexpr int kTableSize = 4096;
+constexpr double kGradientHalf = 16'384; ///< twips: half the side of the gradient square
+constexpr double kMaxBitmapCoordinate = 1e9;
+
+double ToLinear(double v) ///< IEC 61966-2-1, 0..1
+{
+    return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+}
+double FromLinear(double v)
+{
+    return v <= 0.0031308 ? v * 12.92 : 1.055 * std::pow(v, 1 / 2.4) - 0.055;
+}
+
+float MixChannel(std::uint8_t a, std::uint8_t b, double t, bool linear)
+{
+    if (!linear)
+        return static_cast<float>(a + (b - a) * t);
+    const double low = ToLinear(a / 255.0), high = ToLinear(b / 255.0);
+    return static_cast<float>(255 * FromLinear(low + (high - low) * t));
+}
+
+std::array<float, 4> ColourAt(const std::vector<GradientStop>& stops, double ratio, bool linear)
+{
+    std::size_t i = 0;
+    while (i < stops.size() && stops[i].ratio < ratio)
+        ++i;
+    const auto plain = [](Rgba c) { return std::array<float, 4>{float(c.r), float(c.g), float(c.b), float(c.a)}; };
+    if (i == 0)
+        return plain(stops[0].colour);
+    if (i == stops.size())
+        return plain(stops.back().colour);
+    const GradientStop &a = stops[i - 1], &b = stops[i];
+    const double t = (ratio - a.ratio) / std::max(1, b.ratio - a.ratio);
+    return {MixChannel(a.colour.r, b.colour.r, t, linear), MixChannel(a.colour.g, b.colour.g, t, linear),
+            MixChannel(a.colour.b, b.colour.b, t, linear), MixChannel(a.colour.a, b.colour.a, t, false)};
+}
+
+/// @p value taken into 0..size-1; by wrapping round, or by staying at the border.
+int Inside(std::int64_t value, int size, bool repeat)
+{
+    if (value >= 0 && value < size)
+        return static_cast<int>(value);
+    if (!repeat)
+        return value < 0 ? 0 : size - 1;
+    const std::int64_t rest = value % size;
+    return static_cast<int>(rest < 0 ? rest + size : rest);
+}
+
+/// Of two pixels, the second with @p share / 256.
+std::uint32_t Mix(std::uint32_t a, std::uint32_t b, std::uint32_t share)
+{
+    const std::uint32_t even = (((a & 0xFF00FF) * (256 - share) + (b & 0xFF00FF) * share + 0x800080) >> 8) & 0xFF00FF;
+    const std::uint32_t odd =
+        (((a >> 8) & 0xFF00FF) * (256 - share) + ((b >> 8) & 0xFF00FF) * share + 0x800080) & 0xFF00FF00;
+    return even | odd;
+}
+
+std::int64_t Fixed(double v)
+{
+    return std::llround(std::clamp(v, -kMaxBitmapCoordinate, kMaxBitmapCoordinate) * 65'536);
+}
+} // namespace
+
+void CPaint::SetSolid(const std::array<float, 4>& rgba)
+{
+    m_kind = FillKind::Solid;
+    m_solid = Premultiplied(rgba);
+}
+
+void CPaint::SetFill(const FillStyle& fill, const Matrix& toDevice, const ColourTransform& colours,
+                     const Bitmap* pBitmap)
+{
+    if (fill.kind == FillKind::Solid)
+        return SetSolid(colours.Apply(fill.colour));
+    const Matrix toFill = Then(fill.matrix, toDevice).Inverse();
+    m_kind = fill.kind;
+    m_toFill = toFill;
+    if (fill.kind == FillKind::Bitmap)
+    {
+        m_pBitmap = pBitmap;
+        m_bRepeat = fill.repeat;
+        m_bSmooth = fill.smooth;
+        m_colours = colours;
+        m_bTransform = !colours.IsIdentity();
+        if (!pBitmap || pBitmap->pixels.empty() || toFill.Determinant() == 0)
+        {
+            m_kind = FillKind::Solid;
+            m_solid = 0;
+        }
+        return;
+    }
+    const double unit = 1 / kGradientHalf;
+    m_toFill = Then(toFill, {unit, 0, 0, unit, 0, 0});
+    m_focus = fill.focus;
+    m_spread = fill.spread;
+    if (fill.stops.empty())
+        return SetSolid({0, 0, 0, 0});
+    SetGradient(fill, colours);
+    if (toFill.Determinant() == 0) // squeezed to nothing: the last colour is everywhere
+    {
+        m_kind = FillKind::Solid;
+        m_solid = m_table.back();
+    }
+}
+
+void CPaint::SetGradient(const FillStyle& fill, const ColourTransform& colours)
+{
+    if (!m_table.empty() && m_tableStops == fill.stops && m_tableColours == colours && m_bTableLinear == fill.linearRgb)
+        return;
+    m_table.resize(kTableSize);
+    for (std::size_t i = 0; i < m_table.size(); ++i)
+        m_table[i] = Premultiplied(
+            colours.Apply(ColourAt(fill.stops, static_cast<double>(i) * 255 / (kTableSize - 1), fill.linearRgb)));
+    m_tableStops = fill.stops;
+    m_tableColours = colours;
+    m_bTableLinear = fill.linearRgb;
+}
+
+std::uint32_t CPaint::TableColour(double t) const
+{
+    if (m_spread != Spread::Pad)
+    {
+        const double whole = std::floor(t);
+        const double rest = t - whole;
+        t = m_spread == Spread::Reflect && std::fmod(std::abs(whole), 2) == 1 ? 1 - rest : rest;
+    }
+    t = (t * 256 - 0.5) / 255; // a gradient has 256 steps; each shows its colour in its middle
+    if (!(t > 0))
+        return m_table.front();
+    return t >= 1 ? m_table.back() : m_table[static_cast<std::size_t>(t * (kTableSize - 1) + 0.5)];
+}
+
+void CPaint::FetchLinear(double u, double du, int n, std::uint32_t* pOut) const
+{
+    for (int i = 0; i < n; ++i)
+        pOut[i] = TableColour((u + du * i + 1) / 2);
+}
+
+/// The colour at a point is that of t on the line from the focus (f, 0) through it to the unit circle: with d the
+/// vector from the focus, t = (f dx + sqrt(dx^2 + (1 - f^2) dy^2)) / (1 - f^2).
+void CPaint::FetchRadial(double u, double v, int n, std::uint32_t* pOut) const
+{
+    const double rest = 1 - m_focus * m_focus;
+    for (int i = 0; i < n; ++i, u += m_toFill.a, v += m_toFill.b)
+    {
+        const double dx = u - m_focus;
+        const double t =
+            m_focus == 0 ? std::sqrt(u * u + v * v) : (m_focus * dx + std::sqrt(dx * dx + rest * v * v)) / rest;
+        pOut[i] = TableColour(t);
+    }
+}
+
+void CPaint::FetchNearest(double u, double v, int n, std::uint32_t* pOut) const
+{
+    const Bitmap& bitmap = *m_pBitmap;
+    std::int64_t fu = Fixed(u), fv = Fixed(v);
+    const std::int64_t du = Fixed(m_toFill.a), dv = Fixed(m_toFill.b);
+    for (int i = 0; i < n; ++i, fu += du, fv += dv)
+        pOut[i] = bitmap.At(Inside(fu >> 16, bitmap.width, m_bRepeat), Inside(fv >> 16, bitmap.height, m_bRepeat));
+}
+
+void CPaint::FetchSmooth(double u, double v, int n, std::uint32_t* pOut) const
+{
+    const Bitmap& bitmap = *m_pBitmap;
+    std::int64_t fu = Fixed(u - 0.5), fv = Fixed(v - 0.5);
+    const std::int64_t du = Fixed(m_toFill.a), dv = Fixed(m_toFill.b);
+    for (int i = 0; i < n; ++i, fu += du, fv += dv)
+    {
+        const int x0 = Inside(fu >> 16, bitmap.width, m_bRepeat), y0 = Inside(fv >> 16, bitmap.height, m_bRepeat);
+        const auto shareX = static_cast<std::uint32_t>((fu >> 8) & 255);
+        const auto shareY = static_cast<std::uint32_t>((fv >> 8) & 255);
+        if ((shareX | shareY) == 0)
+        {
+            pOut[i] = bitmap.At(x0, y0);
+            continue;
+        }
+        const int x1 = Inside((fu >> 16) + 1, bitmap.width, m_bRepeat);
+        const int y1 = Inside((fv >> 16) + 1, bitmap.height, m_bRepeat);
+        pOut[i] = Mix(Mix(bitmap.At(x0, y0), bitmap.At(x1, y0), shareX),
+                      Mix(bitmap.At(x0, y1), bitmap.At(x1, y1), shareX), shareY);
+    }
+}
+
+void CPaint::TransformColours(int n, std::uint32_t* pOut) const
+{
+    for (int i = 0; i < n; ++i)
+    {
+        const std::uint32_t p = pOut[i];
+        const float alpha = static_cast<float>(p >> 24);
+        const float scale = alpha > 0 ? 255 / alpha : 0;
+        const auto straight = [scale](std::uint32_t v)
+        { return std::min(255.0F, static_cast<float>(v & 255) * scale); };
+        pOut[i] = Premultiplied(
+            m_colours.Apply(std::array<float, 4>{straight(p >> 16), straight(p >> 8), straight(p), alpha}));
+    }
+}
+
+void CPaint::Fetch(int x, int y, int n, std::uint32_t* pOut) const
+{
+    if (m_kind == FillKind::Solid)
+        return (void)std::fill_n(pOut, n, m_solid);
+    const Point at = m_toFill.Map(Point{x + 0.5, y + 0.5});
+    if (m_kind == FillKind::Linear)
+        return FetchLinear(at.x, m_toFill.a, n, pOut);
+    if (m_kind == FillKind::Radial)
+        return FetchRadial(at.x, at.y, n, pOut);
+    if (m_bSmooth)
+        FetchSmooth(at.x, at.y, n, pOut);
+    else
+        FetchNearest(at.x, at.y, n, pOut);
+    if (m_bTransform)
+        TransformColours(n, pOut);
+}
+} // namespace swf

@@ -1,0 +1,211 @@
+#include "companions/swfrenderer/Shape.h"
+
+#include <cmath>
+
+namespace swf
+{
+namespace
+{
+/// Keeps the current styles and position while records go by.
+class CShapeBuilder
+{
+public:
+    CShapeBuilder(const ShapeRecords& records, Shape& shape) : m_records(records), m_shape(shape) { NextLayer(); }
+
+    void Add(const ShapeRecord& record)
+    {
+        if (record.kind == ShapeRecord::Kind::Style)
+            ChangeStyle(record);
+        else
+            AddEdge(record);
+    }
+
+private:
+    void NextLayer()
+    {
+        m_fill0 = m_fill1 = m_line = 0;
+        m_bInPath = false;
+        if (m_nextSet < m_records.styles.size())
+        {
+            ShapeLayer layer;
+            layer.fills = m_records.styles[m_nextSet].fills;
+            layer.lines = m_records.styles[m_nextSet].lines;
+            m_shape.layers.push_back(std::move(layer));
+            ++m_nextSet;
+        }
+        else if (m_shape.layers.empty())
+            m_shape.layers.emplace_back();
+    }
+    void ChangeStyle(const ShapeRecord& record)
+    {
+        if (record.newStyles)
+            NextLayer();
+        const ShapeLayer& layer = m_shape.layers.back();
+        const auto checked = [](std::uint32_t index, std::size_t count) { return index <= count ? index : 0; };
+        if (record.hasFill0)
+            m_fill0 = checked(record.fill0, layer.fills.size());
+        if (record.hasFill1)
+            m_fill1 = checked(record.fill1, layer.fills.size());
+        if (record.hasLine)
+            m_line = checked(record.line, layer.lines.size());
+        if (record.hasMove)
+            m_position = record.to;
+        m_bInPath = false;
+    }
+    void AddEdge(const ShapeRecord& record)
+    {
+        const Point from = m_position;
+        m_position = record.to;
+        if (m_line == 0 && m_fill0 == m_fill1)
+            return; // the same on both sides
+        ShapeLayer& layer = m_shape.layers.back();
+        if (!m_bInPath)
+        {
+            Path path;
+            path.startX = static_cast<float>(from.x);
+            path.startY = static_cast<float>(from.y);
+            path.firstEdge = static_cast<std::uint32_t>(layer.edges.size());
+            path.fill0 = m_fill0;
+            path.fill1 = m_fill1;
+            path.line = m_line;
+            layer.paths.push_back(path);
+            m_bInPath = true;
+        }
+        Edge edge;
+        edge.x = static_cast<float>(record.to.x);
+        edge.y = static_cast<float>(record.to.y);
+        const bool curve = record.kind == ShapeRecord::Kind::Curve;
+        edge.cx = curve ? static_cast<float>(record.control.x) : edge.x;
+        edge.cy = curve ? static_cast<float>(record.control.y) : edge.y;
+        layer.edges.push_back(edge);
+        ++layer.paths.back().edgeCount;
+    }
+
+    const ShapeRecords& m_records;
+    Shape& m_shape;
+    std::size_t m_nextSet = 0;
+    std::uint32_t m_fill0 = 0, m_fill1 = 0, m_line = 0;
+    Point m_position;
+    bool m_bInPath = false;
+};
+
+double Mix(double a, double b, double t)
+{
+    return a + (b - a) * t;
+}
+Point Mix(Point a, Point b, double t)
+{
+    return {Mix(a.x, b.x, t), Mix(a.y, b.y, t)};
+}
+Rgba Mix(Rgba a, Rgba b, double t)
+{
+    const auto channel = [t](std::uint8_t x, std::uint8_t y) { return static_cast<std::uint8_t>(Mix(x, y, t)); };
+    return {channel(a.r, b.r), channel(a.g, b.g), channel(a.b, b.b), channel(a.a, b.a)};
+}
+Matrix Mix(const Matrix& a, const Matrix& b, double t)
+{
+    return {Mix(a.a, b.a, t), Mix(a.b, b.b, t),   Mix(a.c, b.c, t),
+            Mix(a.d, b.d, t), Mix(a.tx, b.tx, t), Mix(a.ty, b.ty, t)};
+}
+FillStyle Mix(const FillStyle& a, const FillStyle& b, double t)
+{
+    FillStyle fill = a;
+    fill.colour = Mix(a.colour, b.colour, t);
+    fill.matrix = Mix(a.matrix, b.matrix, t);
+    fill.focus = Mix(a.focus, b.focus, t);
+    for (std::size_t i = 0; i < fill.stops.size() && i < b.stops.size(); ++i)
+    {
+        fill.stops[i].ratio = static_cast<std::uint8_t>(std::lround(Mix(a.stops[i].ratio, b.stops[i].ratio, t)));
+        fill.stops[i].colour = Mix(a.stops[i].colour, b.stops[i].colour, t);
+    }
+    return fill;
+}
+
+ShapeRecord AsCurve(ShapeRecord record, Point from)
+{
+    if (record.kind == ShapeRecord::Kind::Line)
+    {
+        record.kind = ShapeRecord::Kind::Curve;
+        record.control = Mix(from, record.to, 0.5);
+    }
+    return record;
+}
+} // namespace
+
+Shape BuildShape(const ShapeRecords& records, const Rect& bounds, bool nonZero)
+{
+    Shape shape;
+    shape.bounds = bounds;
+    shape.nonZero = nonZero;
+    CShapeBuilder builder(records, shape);
+    for (const ShapeRecord& record : records.records)
+        builder.Add(record);
+    return shape;
+}
+
+Shape ShapeAt(const MorphShape& morph, std::uint32_t ratio)
+{
+    const double t = std::min(ratio, 65'535U) / 65'535.0;
+    ShapeRecords mixed;
+    mixed.styles = morph.start.styles;
+    for (StyleSet& set : mixed.styles)
+    {
+        for (std::size_t i = 0; i < set.fills.size() && i < morph.endStyles.fills.size(); ++i)
+            set.fills[i] = Mix(set.fills[i], morph.endStyles.fills[i], t);
+        for (std::size_t i = 0; i < set.lines.size() && i < morph.endStyles.lines.size(); ++i)
+        {
+            set.lines[i].width = Mix(set.lines[i].width, morph.endStyles.lines[i].width, t);
+            set.lines[i].fill = Mix(set.lines[i].fill, morph.endStyles.lines[i].fill, t);
+        }
+    }
+    // Edge goes with edge; records that only change styles or move stand on either side as the author's tool left them.
+    std::size_t n = 0;
+    Point from, fromEnd;
+    mixed.records.reserve(morph.start.records.size());
+    for (const ShapeRecord& record : morph.start.records)
+    {
+        ShapeRecord out = record;
+        if (record.kind == ShapeRecord::Kind::Style)
+        {
+            if (n < morph.end.size() && morph.end[n].kind == ShapeRecord::Kind::Style && record.hasMove)
+            {
+                if (morph.end[n].hasMove)
+                    fromEnd = morph.end[n].to;
+                ++n;
+            }
+            if (record.hasMove)
+            {
+                from = record.to;
+                out.to = Mix(from, fromEnd, t);
+            }
+            mixed.records.push_back(out);
+            continue;
+        }
+        while (n < morph.end.size() && morph.end[n].kind == ShapeRecord::Kind::Style)
+        {
+            if (morph.end[n].hasMove)
+                fromEnd = morph.end[n].to;
+            ++n;
+        }
+        ShapeRecord end = record;
+        if (n < morph.end.size())
+            end = morph.end[n++];
+        const Point to = record.to, toEnd = end.to;
+        if (record.kind == ShapeRecord::Kind::Curve || end.kind == ShapeRecord::Kind::Curve)
+        {
+            out = AsCurve(record, from);
+            out.control = Mix(out.control, AsCurve(end, fromEnd).control, t);
+        }
+        out.to = Mix(to, toEnd, t);
+        from = to;
+        fromEnd = toEnd;
+        mixed.records.push_back(out);
+    }
+    Rect bounds;
+    bounds.Include(Mix(Point{morph.startBounds.xMin, morph.startBounds.yMin},
+                       Point{morph.endBounds.xMin, morph.endBounds.yMin}, t));
+    bounds.Include(Mix(Point{morph.startBounds.xMax, morph.startBounds.yMax},
+                       Point{morph.endBounds.xMax, morph.endBounds.yMax}, t));
+    return BuildShape(mixed, bounds, false);
+}
+} // namespace swf

@@ -1,0 +1,8 @@
+#include "companions/swfrenderer/SwfRenderObj.h"
+
+#include <new>
+
+ISWFRenderObj* CreateSWFRenderObj()
+{
+    return new (std::nothrow) CSWFRenderObj;
+}
