@@ -121,10 +121,14 @@ TEST_F(ImageClip, ExtensionChoosesTheDecoderInAnyLetterCase)
     }
 }
 
-TEST_F(ImageClip, FlashPathGivesAStillPicturesDecoderOfItsOwn)
+TEST_F(ImageClip, FlashPathGivesTheCachesFlashDecoderOrAStillPicturesDecoderOfItsOwn)
 {
     CFakeImaging::Install(L"a.swf", &image);
-    clip->SetFilePath(L"a.swf"); // the cache has no such decoder
+    clip->SetFilePath(L"a.swf");
+    request.flags |= kRequestUseCache;
+    EXPECT_EQ(Get(10'000'000), nullptr); // the picture is no movie
+    clip->Close();
+    request.flags &= ~kRequestUseCache;
     ASSERT_NE(Get(10'000'000), nullptr);
     EXPECT_TRUE(frame->GetAlphaFlag());
 }

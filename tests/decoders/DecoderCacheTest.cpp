@@ -3,6 +3,7 @@
 #include "engine/decoders/Decoder.h"
 #include "engine/decoders/media/CameraClipDecoder.h"
 #include "engine/decoders/media/VideoDecoder.h"
+#include "engine/decoders/still/FlashDecoder.h"
 #include "engine/decoders/still/GifDecoder.h"
 #include "engine/decoders/still/ImageDecoder.h"
 #include "engine/decoders/still/KeystrokeDecoder.h"
@@ -102,7 +103,11 @@ TEST_F(DecoderCache, ExtensionComesBeforeTheDecoderType)
             RemoveDecoder(path);
         }
     }
-    EXPECT_FALSE(Get(L"flash", Record(L"a.swf", kDecoderImage))); // not there yet
+    const tagDecProp movie = Record(L"a.swf", kDecoderImage);
+    const DecoderPtr flash = Get(L"flash", movie);
+    EXPECT_NE(dynamic_cast<CFlashDecoder*>(flash.Get()), nullptr);
+    EXPECT_TRUE(IsDecoderFor(flash.Get(), movie));
+    EXPECT_FALSE(IsDecoderFor(flash.Get(), Record(L"a.mp4")));
 }
 
 TEST_F(DecoderCache, TypeFourMakesAnImageDecoder)

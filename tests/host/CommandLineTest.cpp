@@ -130,8 +130,7 @@ TEST_F(CommandLine, ABadProjectIsThreeForEveryCommandThatReadsOne)
     {
         const QmxRun run(arguments);
         EXPECT_EQ(run.ExitCode(), kProject) << arguments[0];
-        EXPECT_EQ(run.Errors(), "qmx: " + Project() +
-                                    ": tracks[0].clips[0].type: clips of the kind \"audio\" are not supported yet\n");
+        EXPECT_EQ(run.Errors(), "qmx: " + Project() + ": tracks[0].clips[0].path: is missing\n");
         EXPECT_EQ(run.Output(), "");
     }
     ExpectNothingLeft();
