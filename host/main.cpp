@@ -11,6 +11,7 @@ int main(int argc, char** argv)
     using namespace qmx::host;
     CatchInterrupts();
     KeepLineEnds();
+    StartComponents();
     const auto fail = [](const HostError& error)
     {
         PrintError(error);

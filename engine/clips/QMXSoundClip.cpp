@@ -70,7 +70,9 @@ std::uint32_t CQMXSoundClip::GetAudioAtTime(std::uint64_t time, std::uint8_t** b
 bool CQMXSoundClip::RefillAudioBlock()
 {
     m_nAudioReadPosition = 0;
-    m_cbAudioHeld = m_pAudioSource->GetSample(&m_pAudioBuffer, m_cbAudioCapacity);
+    DWORD capacity = m_cbAudioCapacity; // a type of its own on Windows
+    m_cbAudioHeld = m_pAudioSource->GetSample(&m_pAudioBuffer, capacity);
+    m_cbAudioCapacity = capacity;
     return m_cbAudioHeld != 0;
 }
 
@@ -82,8 +84,10 @@ std::uint32_t CQMXSoundClip::ReadAudio(std::uint8_t** buffer, std::uint32_t* siz
         return CQMXBaseClip::ReadAudio(buffer, size);
     if (*buffer == nullptr)
     {
-        *size = 0;
-        return m_pAudioSource->GetSample(buffer, *size);
+        DWORD cb = 0;
+        const std::uint32_t held = m_pAudioSource->GetSample(buffer, cb);
+        *size = cb;
+        return held;
     }
     std::uint32_t written = 0;
     while (written < *size)

@@ -8,6 +8,7 @@
 #include "host/system/Platform.h"
 
 #include <mfapi.h>
+#include <mfidl.h>
 #include <mfreadwrite.h>
 #include <propvarutil.h>
 

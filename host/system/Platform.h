@@ -11,6 +11,9 @@ namespace qmx::host
 /// Standard output carries bytes: line ends stay as they are written.
 void KeepLineEnds();
 
+/// Makes the system's components available to every thread; before the engine is used.
+void StartComponents();
+
 /// Whether standard error is shown on a terminal.
 bool IsErrorOnTerminal();
 

@@ -10,6 +10,8 @@ namespace qmx::host
 {
 void KeepLineEnds() {}
 
+void StartComponents() {} // the platform layer needs no start
+
 bool IsErrorOnTerminal()
 {
     return ::isatty(STDERR_FILENO) != 0;

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <io.h>
+#include <objbase.h>
 #include <process.h>
 #include <sys/stat.h>
 
@@ -12,6 +13,11 @@ namespace qmx::host
 void KeepLineEnds()
 {
     (void)_setmode(_fileno(stdout), _O_BINARY);
+}
+
+void StartComponents()
+{
+    (void)CoInitializeEx(nullptr, COINIT_MULTITHREADED); // stays until the process ends
 }
 
 bool IsErrorOnTerminal()

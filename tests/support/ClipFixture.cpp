@@ -1,7 +1,9 @@
 #include "tests/support/ClipFixture.h"
 
 #include "engine/qmx.h"
+#if !defined(_WIN32)
 #include "pal/kernel/PathText.h"
+#endif
 
 #include <mfapi.h>
 
@@ -32,7 +34,11 @@ MediaServices::~MediaServices()
 
 std::wstring EnginePath(const std::filesystem::path& path)
 {
+#if defined(_WIN32)
+    return path.native();
+#else
     return pal::FromPathBytes(path.string());
+#endif
 }
 
 std::optional<tagVideoInfo> VideoInfoOf(const std::filesystem::path& path)

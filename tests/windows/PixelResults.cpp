@@ -2,11 +2,17 @@
 // Windows build's lines are compared with the native build's.
 #include "engine/platform/PixelUtility.h"
 #include "engine/qmx.h"
+#include "tests/decoders/still/TinyGif.h"
 
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
+#if defined(_WIN32)
+#include <objbase.h>
+#endif
 
 namespace
 {
@@ -96,30 +102,51 @@ void PrintKeyed()
     }
 }
 
-/// The picture of a clip of @p type at two seconds.
-void PrintClip(const std::string& name, QMXClipType type, const std::wstring& path)
+/// The picture of a clip of @p type at @p time milliseconds.
+void PrintClip(const std::string& name, QMXClipType type, const std::filesystem::path& path, std::uint64_t time)
 {
     const std::unique_ptr<IQMXTrack> pTrack(CreateQMXTrack(1, QMXTrackType{}, 0, {}));
     IQMXBaseClip* const pClip = CreateClipByClipType(type);
-    pClip->SetFilePath(path);
+    pClip->SetFilePath(path.wstring());
     pClip->SetDuration(10 * kTimePerSecond);
     pTrack->AddClip(pClip);
     tagRenderProp request;
     request.width = 320;
     request.height = 180;
-    const auto pFrame = SampleBufferPtr::Adopt(pTrack->GetFrameAtTime(request, 2 * kTimePerSecond, nullptr));
+    const auto pFrame = SampleBufferPtr::Adopt(pTrack->GetFrameAtTime(request, time * 10'000, nullptr));
     std::uint8_t* pPixels = nullptr;
     std::uint32_t cb = 0;
     const bool done = pFrame && pFrame->GetBuffer(&pPixels, &cb);
     Print(name, done, done ? std::vector<std::uint8_t>(pPixels, pPixels + cb) : std::vector<std::uint8_t>());
 }
+/// An animation with a palette of a frame's own, transparency, every way of disposal and frames that reach past the
+/// edge.
+void PrintGif()
+{
+    TinyGif gif(96, 54);
+    gif.Control(10, 1).Solid(0, 0, 96, 54, 2);
+    gif.Control(10, 2, 1).Solid(10, 5, 40, 30, 0);
+    gif.Control(10, 3).Solid(30, 20, 50, 30, 1);
+    gif.Control(10, 0).Solid(80, 40, 40, 40, 3);
+    gif.End();
+    const std::filesystem::path file = std::filesystem::temp_directory_path() / "qmx-pixel-results.gif";
+    std::ofstream(file, std::ios::binary)
+        .write(reinterpret_cast<const char*>(gif.bytes.data()), static_cast<std::streamsize>(gif.bytes.size()));
+    for (const std::uint64_t time : {0U, 150U, 250U, 350U, 450U, 900U})
+        PrintClip("gif at " + std::to_string(time), QMXClipType_Image, file, time);
+    std::filesystem::remove(file);
+}
 } // namespace
 
 int main()
 {
+#if defined(_WIN32)
+    (void)CoInitializeEx(nullptr, COINIT_MULTITHREADED); // the host's part, as MFStartup() is
+#endif
     PrintScaled();
     PrintRotated();
     PrintKeyed();
-    PrintClip("color clip", QMXClipType_Color, L"");
+    PrintClip("color clip", QMXClipType_Color, L"", 2'000);
+    PrintGif();
     return 0;
 }

@@ -5,6 +5,7 @@
 
 #include <mfapi.h>
 #include <mferror.h>
+#include <mfidl.h>
 #include <mfreadwrite.h>
 
 #include <cstdlib>
