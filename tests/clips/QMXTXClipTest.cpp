@@ -193,7 +193,7 @@ TEST_F(CQMXTXClipTest, AClipThatCannotBeOpenedIsAFailure)
     EXPECT_FALSE(clip->Open(request));
     m_pTo->m_opens = true;
     EXPECT_TRUE(clip->Open(request));
-    EXPECT_FALSE(clip->Open(NullReference<tagRenderProp>()));
+    EXPECT_FALSE(clip->Open(NullReference<const tagRenderProp>()));
 }
 
 TEST_F(CQMXTXClipTest, TheModuleGetsTypeProgressAndPictures)
