@@ -19,15 +19,18 @@ add_library(qmx_turbojpeg INTERFACE)
 target_include_directories(qmx_turbojpeg SYSTEM INTERFACE ${TURBOJPEG_INCLUDE_DIR})
 target_link_libraries(qmx_turbojpeg INTERFACE ${TURBOJPEG_LIBRARY})
 
+# Pictures in Flash movies and from the host.
+find_package(PNG REQUIRED)
+
 # The system's own services: on Windows its libraries, elsewhere what the platform layer is built on.
 if(NOT WIN32)
   find_package(PkgConfig REQUIRED)
   pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat>=59 libavcodec>=59 libavutil>=57.24
                     libswscale>=6 libswresample>=4)
   pkg_check_modules(PANGO REQUIRED IMPORTED_TARGET pangocairo>=1.50 cairo>=1.16 harfbuzz)
+  pkg_check_modules(SYSTEM_FONTS REQUIRED IMPORTED_TARGET fontconfig freetype2>=23)
 
   # The image codecs. giflib ships no pkg-config file.
-  find_package(PNG REQUIRED)
   pkg_check_modules(IMAGE_CODECS REQUIRED IMPORTED_TARGET
     libturbojpeg>=2.1 libtiff-4>=4.5 libwebp>=1.2 libwebpdemux>=1.2 libexif>=0.6.22)
   find_package(GIF 5.2 REQUIRED)
@@ -38,7 +41,6 @@ endif()
 if(QMX_BUILD_HOST)
   find_package(CLI11 REQUIRED)
   find_package(nlohmann_json 3.9 REQUIRED)
-  find_package(PNG REQUIRED)
   # The host compiles it in: the header is the whole library.
   find_path(XXHASH_INCLUDE_DIR xxhash.h REQUIRED)
 endif()

@@ -1,6 +1,7 @@
 #include "companions/swfrenderer/Actions.h"
 
 #include "companions/swfrenderer/ByteReader.h"
+#include "companions/swfrenderer/ScriptValue.h"
 
 #include <bit>
 #include <cmath>
@@ -14,36 +15,44 @@ namespace swf
 {
 namespace
 {
-constexpr std::size_t kMaxActions = 256, kMaxStack = 256;
+using Value = ScriptValue;
 
-/// A value on the stack: not known, a text, a number, or the name of an object on a timeline.
-class Value
+constexpr std::size_t kMaxActions = 256;
+
+/// Codes of actions, as the format names them.
+enum Action : std::uint8_t
 {
-public:
-    Value() = default;
-    explicit Value(double number) : m_kind(Kind::Number), m_number(number) {}
-    explicit Value(std::string text) : m_kind(Kind::Text), m_text(std::move(text)) {}
-    static Value Object(std::string path)
-    {
-        Value value(std::move(path));
-        value.m_kind = Kind::Object;
-        return value;
-    }
-    const double* Number() const { return m_kind == Kind::Number ? &m_number : nullptr; }
-    const std::string* Text() const { return m_kind == Kind::Text ? &m_text : nullptr; }
-    const std::string* Path() const { return m_kind == Kind::Object ? &m_text : nullptr; }
-
-private:
-    enum class Kind
-    {
-        Unknown,
-        Number,
-        Text,
-        Object
-    };
-    Kind m_kind = Kind::Unknown;
-    double m_number = 0;
-    std::string m_text;
+    kActionNextFrame = 0x04,
+    kActionPreviousFrame = 0x05,
+    kActionPlay = 0x06,
+    kActionStop = 0x07,
+    kActionToggleQuality = 0x08,
+    kActionStopSounds = 0x09,
+    kActionPop = 0x17,
+    kActionGetVariable = 0x1C,
+    kActionSetVariable = 0x1D,
+    kActionSetTarget2 = 0x20,
+    kActionSetProperty = 0x23,
+    kActionThrow = 0x2A,
+    kActionCallFunction = 0x3D,
+    kActionReturn = 0x3E,
+    kActionGetMember = 0x4E,
+    kActionSetMember = 0x4F,
+    kActionCallMethod = 0x52,
+    kActionGotoFrame = 0x81,
+    kActionConstantPool = 0x88,
+    kActionWaitForFrame = 0x8A,
+    kActionSetTarget = 0x8B,
+    kActionGoToLabel = 0x8C,
+    kActionWaitForFrame2 = 0x8D,
+    kActionDefineFunction2 = 0x8E,
+    kActionTry = 0x8F,
+    kActionWith = 0x94,
+    kActionPush = 0x96,
+    kActionJump = 0x99,
+    kActionDefineFunction = 0x9B,
+    kActionIf = 0x9D,
+    kActionGotoFrame2 = 0x9F,
 };
 
 const std::unordered_map<std::string, TimelineAction::Property> kProperties = {
@@ -79,16 +88,23 @@ std::optional<double> AsNumber(const Value& value)
 class CActionReader
 {
 public:
-    explicit CActionReader(std::span<const std::uint8_t> bytes) : m_reader(bytes) {}
+    CActionReader(std::span<const std::uint8_t> bytes, ReadBudget& budget) : m_reader(bytes), m_budget(budget) {}
 
     std::vector<TimelineAction> Read()
     {
-        while (!m_reader.AtEnd() && m_actions.size() < kMaxActions)
+        while (!m_reader.AtEnd() && m_actions.size() < kMaxActions && m_budget.Take(0))
         {
             const std::uint8_t code = m_reader.U8();
             CByteReader body(m_reader.Take(code >= 0x80 ? m_reader.U16() : 0));
+            const std::size_t before = m_actions.size();
             if (code == 0 || m_reader.Failed() || !Do(code, body))
                 break;
+            if (m_actions.size() > before &&
+                !m_budget.Take(sizeof(FrameStep) + m_actions.back().label.size() + m_actions.back().target.size()))
+            {
+                m_actions.pop_back();
+                break;
+            }
         }
         return std::move(m_actions);
     }
@@ -102,131 +118,117 @@ private:
         m_actions.push_back(std::move(action));
         return m_actions.back();
     }
-    Value Pop()
-    {
-        if (m_stack.empty())
-            return {};
-        Value value = std::move(m_stack.back());
-        m_stack.pop_back();
-        return value;
-    }
-    void Push(Value value)
-    {
-        if (m_stack.size() < kMaxStack)
-            m_stack.push_back(std::move(value));
-    }
-
     /// @return false when what follows cannot be told.
     bool Do(std::uint8_t code, CByteReader& body)
     {
         switch (code)
         {
-        case 0x04:
+        case kActionNextFrame:
             Add(TimelineAction::Kind::NextFrame);
             break;
-        case 0x05:
+        case kActionPreviousFrame:
             Add(TimelineAction::Kind::PreviousFrame);
             break;
-        case 0x06:
+        case kActionPlay:
             Add(TimelineAction::Kind::Play);
             break;
-        case 0x07:
+        case kActionStop:
             Add(TimelineAction::Kind::Stop);
             break;
-        case 0x17:
-            Pop();
+        case kActionPop:
+            m_stack.Pop();
             break;
-        case 0x1C:
+        case kActionGetVariable:
             GetVariable();
             break;
-        case 0x1D:
+        case kActionSetVariable:
             SetVariable();
             break;
-        case 0x20:
-            SetTarget(Pop());
+        case kActionSetTarget2:
+            SetTarget(m_stack.Pop());
             break;
-        case 0x23:
+        case kActionSetProperty:
             SetProperty();
             break;
-        case 0x4E:
+        case kActionGetMember:
             GetMember();
             break;
-        case 0x4F:
+        case kActionSetMember:
             SetMember();
             break;
-        case 0x52:
+        case kActionCallMethod:
             CallMethod();
             break;
-        case 0x3D:
+        case kActionCallFunction:
             CallFunction();
             break;
-        case 0x81:
+        case kActionGotoFrame:
         {
             TimelineAction& action = Add(TimelineAction::Kind::GoTo);
             action.frame = body.U16();
             break;
         }
-        case 0x88:
+        case kActionConstantPool:
             m_pool.clear();
             for (std::uint32_t n = body.U16(); n > 0 && !body.Failed(); --n)
                 m_pool.push_back(body.String());
             break;
-        case 0x8B:
+        case kActionSetTarget:
             SetTarget(Value(body.String()));
             break;
-        case 0x8C:
+        case kActionGoToLabel:
             Add(TimelineAction::Kind::GoToLabel).label = body.String();
             break;
-        case 0x96:
+        case kActionPush:
             PushConstants(body);
             break;
-        case 0x9F:
+        case kActionGotoFrame2:
             GoToFrame2(body);
             break;
-        case 0x08: // quality
-        case 0x09: // sounds
+        case kActionToggleQuality: // quality
+        case kActionStopSounds:    // sounds
             break;
-        case 0x99: // jumps and branches, waiting for frames, blocks of code
-        case 0x9D:
-        case 0x8A:
-        case 0x8D:
-        case 0x94:
-        case 0x9B:
-        case 0x8E:
-        case 0x8F:
-        case 0x2A:
-        case 0x3E:
+        case kActionJump: // jumps and branches, waiting for frames, blocks of code
+        case kActionIf:
+        case kActionWaitForFrame:
+        case kActionWaitForFrame2:
+        case kActionWith:
+        case kActionDefineFunction:
+        case kActionDefineFunction2:
+        case kActionTry:
+        case kActionThrow:
+        case kActionReturn:
             return false;
         default:
-            m_stack.clear(); // a value that nobody knows here may be used below
+            m_stack.Clear(); // a value that nobody knows here may be used below
         }
         return true;
     }
 
     void PushConstants(CByteReader& body)
     {
-        while (!body.AtEnd())
+        while (!body.AtEnd() && m_budget.Take(0))
         {
             switch (body.U8())
             {
             case 0:
-                Push(Value(body.String()));
+                m_stack.Push(Value(body.String()));
                 break;
             case 1:
-                Push(Value(static_cast<double>(body.F32())));
+                m_stack.Push(Value(static_cast<double>(body.F32())));
                 break;
             case 5:
-                Push(Value(body.U8() != 0 ? 1.0 : 0.0));
+                m_stack.Push(Value(body.U8() != 0 ? 1.0 : 0.0));
                 break;
             case 6:
             {
                 // The half with sign and exponent comes first.
                 const std::uint64_t high = body.U32();
-                Push(Value(std::bit_cast<double>(high << 32 | body.U32())));
+                m_stack.Push(Value(std::bit_cast<double>(high << 32 | body.U32())));
                 break;
             }
             case 7:
-                Push(Value(static_cast<double>(static_cast<std::int32_t>(body.U32()))));
+                m_stack.Push(Value(static_cast<double>(static_cast<std::int32_t>(body.U32()))));
                 break;
             case 8:
                 PushPooled(body.U8());
@@ -239,14 +241,14 @@ private:
                 [[fallthrough]];
             case 2:
             case 3:
-                Push(Value{});
+                m_stack.Push(Value{});
                 break;
             default:
                 return;
             }
         }
     }
-    void PushPooled(std::size_t index) { Push(index < m_pool.size() ? Value(m_pool[index]) : Value{}); }
+    void PushPooled(std::size_t index) { m_stack.Push(index < m_pool.size() ? Value(m_pool[index]) : Value{}); }
     void SetTarget(const Value& value)
     {
         if (const std::string* const p = value.Text())
@@ -256,22 +258,22 @@ private:
     }
     void GetVariable()
     {
-        const Value name = Pop();
+        const Value name = m_stack.Pop();
         const std::string* const p = name.Text();
         if (!p || p->empty())
-            Push(Value{});
+            m_stack.Push(Value{});
         else
-            Push(Value::Object(*p == "this" ? m_target : *p));
+            m_stack.Push(Value::Object(*p == "this" ? m_target : *p));
     }
     void GetMember()
     {
-        const Value name = Pop(), object = Pop();
+        const Value name = m_stack.Pop(), object = m_stack.Pop();
         const std::string* const pName = name.Text();
         const std::string* const pObject = object.Path();
         if (!pName || !pObject)
-            Push(Value{});
+            m_stack.Push(Value{});
         else
-            Push(Value::Object(pObject->empty() ? *pName : *pObject + "." + *pName));
+            m_stack.Push(Value::Object(pObject->empty() ? *pName : *pObject + "." + *pName));
     }
     void AddProperty(const std::string& target, TimelineAction::Property property, const Value& value)
     {
@@ -285,14 +287,14 @@ private:
     }
     void SetVariable()
     {
-        const Value value = Pop(), name = Pop();
+        const Value value = m_stack.Pop(), name = m_stack.Pop();
         if (const std::string* const p = name.Text())
             if (const auto found = kProperties.find(*p); found != kProperties.end())
                 AddProperty(m_target, found->second, value);
     }
     void SetMember()
     {
-        const Value value = Pop(), name = Pop(), object = Pop();
+        const Value value = m_stack.Pop(), name = m_stack.Pop(), object = m_stack.Pop();
         const std::string* const pName = name.Text();
         const std::string* const pObject = object.Path();
         if (!pName || !pObject)
@@ -302,9 +304,9 @@ private:
     }
     void SetProperty()
     {
-        const Value value = Pop();
-        const std::optional<double> index = AsNumber(Pop());
-        const Value target = Pop();
+        const Value value = m_stack.Pop();
+        const std::optional<double> index = AsNumber(m_stack.Pop());
+        const Value target = m_stack.Pop();
         const std::string* const pTarget = target.Text();
         const std::string* const pPath = target.Path();
         if (!index || (!pTarget && !pPath))
@@ -316,80 +318,65 @@ private:
             AddProperty(path.empty() ? m_target : path, static_cast<TimelineAction::Property>(n), value);
         }
     }
-    void GoTo(const std::string& target, const Value& where, bool play)
+    void GoTo(const Value& where, bool play)
     {
-        TimelineAction action;
-        action.thenPlay = play;
-        action.target = target;
+        const std::string* const pLabel = where.Text();
         if (const std::optional<double> number = AsNumber(where))
-        {
-            action.kind = TimelineAction::Kind::GoTo;
-            action.frame = *number >= 1 && *number <= 65'536 ? static_cast<std::uint32_t>(*number) - 1 : 0;
-        }
-        else if (const std::string* const p = where.Text())
-        {
-            action.kind = TimelineAction::Kind::GoToLabel;
-            action.label = *p;
-        }
+            m_actions.push_back(JumpTo(*number, play));
+        else if (pLabel)
+            m_actions.push_back(JumpTo(*pLabel, play));
         else
             return;
-        m_actions.push_back(std::move(action));
+        m_actions.back().target = m_target;
     }
     void GoToFrame2(CByteReader& body)
     {
         const std::uint8_t flags = body.U8();
-        Value where = Pop();
+        Value where = m_stack.Pop();
         if ((flags & 2) != 0) // frames of the scenes before
             if (const std::optional<double> number = AsNumber(where))
                 where = Value(*number + body.U16());
-        GoTo(m_target, where, (flags & 1) != 0);
+        GoTo(where, (flags & 1) != 0);
     }
     void CallMethod()
     {
-        const Value method = Pop(), object = Pop();
-        const std::optional<double> count = AsNumber(Pop());
+        const Value method = m_stack.Pop(), object = m_stack.Pop();
+        const std::optional<double> count = AsNumber(m_stack.Pop());
         std::vector<Value> arguments;
-        for (double n = count ? *count : 0; n > 0 && !m_stack.empty(); --n)
-            arguments.push_back(Pop());
-        Push(Value{});
+        for (double n = count ? *count : 0; n > 0 && m_stack.Size() > 0; --n)
+            arguments.push_back(m_stack.Pop());
+        m_stack.Push(Value{});
         const std::string* const pMethod = method.Text();
         const std::string* const pObject = object.Path();
         if (!pMethod || !pObject)
             return;
         const std::string before = std::exchange(m_target, *pObject);
-        if (*pMethod == "stop")
-            Add(TimelineAction::Kind::Stop);
-        else if (*pMethod == "play")
-            Add(TimelineAction::Kind::Play);
-        else if (*pMethod == "nextFrame")
-            Add(TimelineAction::Kind::NextFrame);
-        else if (*pMethod == "prevFrame")
-            Add(TimelineAction::Kind::PreviousFrame);
-        else if (*pMethod == "gotoAndPlay" && !arguments.empty())
-            GoTo(m_target, arguments.back(), true);
-        else if (*pMethod == "gotoAndStop" && !arguments.empty())
-            GoTo(m_target, arguments.back(), false);
+        if (const auto kind = TimelineCall(*pMethod))
+            Add(*kind);
+        else if ((*pMethod == "gotoAndPlay" || *pMethod == "gotoAndStop") && !arguments.empty())
+            GoTo(arguments.back(), *pMethod == "gotoAndPlay");
         m_target = before;
     }
     void CallFunction()
     {
-        Pop();
-        const std::optional<double> count = AsNumber(Pop());
-        for (double n = count ? *count : 0; n > 0 && !m_stack.empty(); --n)
-            Pop();
-        Push(Value{});
+        m_stack.Pop();
+        const std::optional<double> count = AsNumber(m_stack.Pop());
+        for (double n = count ? *count : 0; n > 0 && m_stack.Size() > 0; --n)
+            m_stack.Pop();
+        m_stack.Push(Value{});
     }
 
     CByteReader m_reader;
+    ReadBudget& m_budget;
     std::vector<TimelineAction> m_actions;
-    std::vector<Value> m_stack;
+    CScriptStack m_stack;
     std::vector<std::string> m_pool;
     std::string m_target;
 };
 } // namespace
 
-std::vector<TimelineAction> ReadActions(std::span<const std::uint8_t> bytes)
+std::vector<TimelineAction> ReadActions(std::span<const std::uint8_t> bytes, ReadBudget& budget)
 {
-    return CActionReader(bytes).Read();
+    return CActionReader(bytes, budget).Read();
 }
 } // namespace swf

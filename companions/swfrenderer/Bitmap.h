@@ -26,8 +26,10 @@ struct PackedBitmap
 {
     enum class Kind : std::uint8_t
     {
-        Jpeg,    ///< with alpha where there are bytes for it
-        Lossless ///< zlib
+        Jpeg,     ///< with alpha where there are bytes for it
+        Lossless, ///< zlib
+        Png,      ///< a file of its own
+        Gif
     };
     Kind kind = Kind::Jpeg;
     bool hasAlpha = false;                ///< lossless: of the second kind
@@ -37,6 +39,9 @@ struct PackedBitmap
     std::span<const std::uint8_t> tables; ///< JPEG: coding tables that the picture shares
     std::span<const std::uint8_t> data, alpha;
 };
+
+/// Whether a bitmap of so many pixels is within the limits, and has any.
+bool SizeIsAllowed(std::uint32_t width, std::uint32_t height);
 
 /// Fill in the size. @return false when it cannot be read or is beyond the limits.
 bool DescribeJpeg(PackedBitmap& packed);

@@ -1,5 +1,6 @@
 #include "companions/swfrenderer/ByteReader.h"
 
+#include <algorithm>
 #include <bit>
 
 namespace swf
@@ -46,15 +47,13 @@ float CByteReader::F32()
 std::string CByteReader::String()
 {
     m_nBits = 0;
-    std::string s;
-    while (!m_bFailed)
-    {
-        const std::uint8_t c = U8();
-        if (c == 0)
-            break;
-        s.push_back(static_cast<char>(c));
-    }
-    return s;
+    const auto rest = m_bytes.subspan(m_pos, Left());
+    const auto end = std::find(rest.begin(), rest.end(), std::uint8_t{0});
+    if (end == rest.end())
+        m_bFailed = true;
+    else
+        m_pos += static_cast<std::size_t>(end - rest.begin()) + 1;
+    return {rest.begin(), end};
 }
 
 Rgba CByteReader::Rgb()

@@ -6,7 +6,8 @@
 
 namespace swf
 {
-/// Lines of @p edit, with the subset of HTML that text fields know: p, br, sbr, li, b, i, font (face, size, color) and
-/// textformat. Characters that the movie's fonts do not have are left out. Throws std::bad_alloc.
+/// Lines of @p edit. Characters that the movie's fonts do not have are left out. Throws std::bad_alloc.
 Text LayOut(const EditText& edit, const Movie& movie);
+/// The memory that a field and its lines take at most.
+std::size_t LayoutBytes(const EditText& edit);
 } // namespace swf

@@ -30,6 +30,7 @@ private:
     void Shadow(const Filter& filter, double scaleX, double scaleY, Surface& picture);
     void Bevel(const Filter& filter, double scaleX, double scaleY, Surface& picture);
     void Convolve(const Filter& filter, Surface& picture);
+    void ReadAlpha(const Surface& picture);
     void ReadShifted(const Area& area, double dx, double dy);
 
     std::vector<std::uint8_t> m_alpha, m_shifted, m_other;

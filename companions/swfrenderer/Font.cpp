@@ -7,10 +7,10 @@ namespace
 constexpr std::size_t kMaxGlyphsOfText = 65'536;
 
 /// Glyphs between consecutive offsets, the last of which ends the last glyph.
-void ReadGlyphs(std::span<const std::uint8_t> base, const std::vector<std::size_t>& offsets, EdgeBudget& budget,
+void ReadGlyphs(std::span<const std::uint8_t> base, const std::vector<std::size_t>& offsets, ReadBudget& budget,
                 Font& font)
 {
-    for (std::size_t i = 0; i + 1 < offsets.size(); ++i)
+    for (std::size_t i = 0; i + 1 < offsets.size() && budget.Take(sizeof(Shape)); ++i)
     {
         font.glyphs.emplace_back();
         if (offsets[i] >= offsets[i + 1] || offsets[i] >= base.size())
@@ -20,16 +20,18 @@ void ReadGlyphs(std::span<const std::uint8_t> base, const std::vector<std::size_
     }
 }
 
-void ReadLayout(CByteReader& reader, std::size_t count, bool wideCodes, Font& font)
+constexpr std::size_t kEntryBytes = 64; ///< of one entry of a table by code
+
+void ReadLayout(CByteReader& reader, std::size_t count, bool wideCodes, ReadBudget& budget, Font& font)
 {
     font.ascent = reader.U16();
     font.descent = reader.U16();
     font.leading = reader.S16();
-    for (std::size_t i = 0; i < count && !reader.Failed(); ++i)
+    for (std::size_t i = 0; i < count && !reader.Failed() && budget.Take(sizeof(double)); ++i)
         font.advances.push_back(reader.S16());
     for (std::size_t i = 0; i < count && !reader.Failed(); ++i)
         (void)reader.ReadRect(); // boxes of the glyphs
-    for (std::uint32_t n = reader.U16(); n > 0 && !reader.Failed(); --n)
+    for (std::uint32_t n = reader.U16(); n > 0 && !reader.Failed() && budget.Take(kEntryBytes); --n)
     {
         const std::uint32_t first = wideCodes ? reader.U16() : reader.U8();
         const std::uint32_t second = wideCodes ? reader.U16() : reader.U8();
@@ -38,7 +40,7 @@ void ReadLayout(CByteReader& reader, std::size_t count, bool wideCodes, Font& fo
 }
 } // namespace
 
-bool ReadFont(CByteReader& reader, int version, EdgeBudget& budget, Font& font)
+bool ReadFont(CByteReader& reader, int version, ReadBudget& budget, Font& font)
 {
     font.unitsPerEm = version == 3 ? 20'480 : 1'024;
     if (version == 1)
@@ -74,18 +76,29 @@ bool ReadFont(CByteReader& reader, int version, EdgeBudget& budget, Font& font)
     if (offsets[count] > base.size())
         return true;
     CByteReader codes(base.subspan(offsets[count]));
-    for (std::size_t i = 0; i < count && !codes.Failed(); ++i)
+    for (std::size_t i = 0; i < count && !codes.Failed() && budget.Take(kEntryBytes); ++i)
     {
         const std::uint32_t code = (flags & 4) != 0 ? codes.U16() : codes.U8();
         if (!codes.Failed())
             font.glyphOf.emplace(code, static_cast<std::uint32_t>(i));
     }
     if ((flags & 0x80) != 0)
-        ReadLayout(codes, count, (flags & 4) != 0, font);
+        ReadLayout(codes, count, (flags & 4) != 0, budget, font);
     return true;
 }
 
-void ReadFontInfo(CByteReader& reader, int version, Font& font)
+bool ReadFontFile(CByteReader& reader, Font& font)
+{
+    const std::uint8_t flags = reader.U8();
+    font.bold = (flags & 1) != 0;
+    font.italic = (flags & 2) != 0;
+    font.name = reader.String();
+    if ((flags & 4) != 0)
+        font.file = reader.Rest();
+    return !reader.Failed();
+}
+
+void ReadFontInfo(CByteReader& reader, int version, ReadBudget& budget, Font& font)
 {
     const auto name = reader.Take(reader.U8());
     font.name.assign(name.begin(), name.end());
@@ -95,11 +108,11 @@ void ReadFontInfo(CByteReader& reader, int version, Font& font)
     if (version == 2)
         (void)reader.U8();
     const bool wide = (flags & 1) != 0 || version == 2;
-    for (std::uint32_t i = 0; i < font.glyphs.size() && !reader.AtEnd(); ++i)
+    for (std::uint32_t i = 0; i < font.glyphs.size() && !reader.AtEnd() && budget.Take(kEntryBytes); ++i)
         font.glyphOf.emplace(wide ? reader.U16() : reader.U8(), i);
 }
 
-bool ReadText(CByteReader& reader, int version, Text& text)
+bool ReadText(CByteReader& reader, int version, ReadBudget& budget, Text& text)
 {
     text.bounds = reader.ReadRect();
     text.matrix = reader.ReadMatrix();
@@ -127,7 +140,9 @@ bool ReadText(CByteReader& reader, int version, Text& text)
         {
             at.glyph = reader.UB(glyphBits);
             const std::int32_t advance = reader.SB(advanceBits);
-            if (!reader.Failed() && text.glyphs.size() < kMaxGlyphsOfText)
+            if (text.glyphs.size() >= kMaxGlyphsOfText || !budget.Take(sizeof(PlacedGlyph)))
+                return true;
+            if (!reader.Failed())
                 text.glyphs.push_back(at);
             at.x += advance;
         }

@@ -16,6 +16,7 @@ struct Font
 {
     std::string name;
     bool bold = false, italic = false;
+    std::span<const std::uint8_t> file; ///< OpenType, of the fourth kind of fonts alone; borrowed from the movie
     double unitsPerEm = 1024;
     double ascent = 0, descent = 0, leading = 0; ///< units
     std::vector<Shape> glyphs;
@@ -25,9 +26,11 @@ struct Font
 };
 
 /// The body of DefineFont (@p version 1), DefineFont2 and DefineFont3 behind the character's number.
-bool ReadFont(CByteReader& reader, int version, EdgeBudget& budget, Font& font);
+bool ReadFont(CByteReader& reader, int version, ReadBudget& budget, Font& font);
+/// The body of DefineFont4 behind the character's number: a name and perhaps a font file.
+bool ReadFontFile(CByteReader& reader, Font& font);
 /// The body of DefineFontInfo (@p version 1) and DefineFontInfo2 behind the font's number: character codes.
-void ReadFontInfo(CByteReader& reader, int version, Font& font);
+void ReadFontInfo(CByteReader& reader, int version, ReadBudget& budget, Font& font);
 
 /// One glyph where it stands.
 struct PlacedGlyph
@@ -39,13 +42,21 @@ struct PlacedGlyph
     Rgba colour;
 };
 
+/// A filled box, twips.
+struct TextBar
+{
+    Rect box;
+    Rgba colour;
+};
+
 struct Text
 {
     Rect bounds;
     Matrix matrix;
     std::vector<PlacedGlyph> glyphs;
+    std::vector<TextBar> bars; ///< underlines
 };
 
 /// The body of DefineText (@p version 1) and DefineText2 behind the character's number.
-bool ReadText(CByteReader& reader, int version, Text& text);
+bool ReadText(CByteReader& reader, int version, ReadBudget& budget, Text& text);
 } // namespace swf

@@ -8,7 +8,10 @@
 #include "companions/swfrenderer/Font.h"
 #include "companions/swfrenderer/Shape.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <deque>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -34,27 +37,6 @@ enum class BlendMode : std::uint8_t
     Erase,
     Overlay,
     HardLight
-};
-
-/// What a frame does to one depth. What is not stated stays as it is.
-struct Placement
-{
-    std::uint16_t depth = 0;
-    bool isMove = false; ///< changes what is there; else something new comes
-    std::optional<std::uint16_t> character;
-    std::optional<Matrix> matrix;
-    std::optional<ColourTransform> colours;
-    std::optional<std::uint16_t> ratio;
-    std::optional<std::uint16_t> clipDepth;
-    std::optional<std::string> name;
-    std::optional<std::vector<Filter>> filters;
-    std::optional<BlendMode> blend;
-    std::optional<bool> visible;
-};
-
-struct Removal
-{
-    std::uint16_t depth = 0;
 };
 
 /// What actions with constant values do to a timeline or an object on it.
@@ -91,6 +73,36 @@ struct TimelineAction
     std::string target; ///< path with slashes or dots from the object that acts; empty for itself
 };
 
+/// What a new object brings along beside its looks.
+struct PlacementExtras
+{
+    std::string className;               ///< of the character, where it has no number
+    std::vector<TimelineAction> onLoad;  ///< once, when it has come
+    std::vector<TimelineAction> onFrame; ///< with every tick after that
+};
+
+/// What a frame does to one depth. What is not stated stays as it is.
+struct Placement
+{
+    std::uint16_t depth = 0;
+    bool isMove = false; ///< changes what is there; else something new comes
+    std::optional<std::uint16_t> character;
+    std::optional<Matrix> matrix;
+    std::optional<ColourTransform> colours;
+    std::optional<std::uint16_t> ratio;
+    std::optional<std::uint16_t> clipDepth;
+    std::optional<std::string> name;
+    std::optional<std::vector<Filter>> filters;
+    std::optional<BlendMode> blend;
+    std::optional<bool> visible;
+    std::unique_ptr<PlacementExtras> pExtras; ///< what few have; may be null
+};
+
+struct Removal
+{
+    std::uint16_t depth = 0;
+};
+
 struct BackgroundChange
 {
     Rgba colour;
@@ -101,7 +113,7 @@ using FrameStep = std::variant<Placement, Removal, TimelineAction, BackgroundCha
 /// Frames of the root or of a sprite.
 struct Timeline
 {
-    std::vector<FrameStep> steps;
+    std::deque<FrameStep> steps;          ///< many and large: nothing is moved while they are read
     std::vector<std::uint32_t> frameEnds; ///< frame n has the steps up to frameEnds[n]
     std::unordered_map<std::string, std::uint32_t> labels;
 
@@ -127,6 +139,18 @@ struct VideoStream
     std::uint32_t width = 0, height = 0, codec = 0;
     bool smooth = false;
     std::vector<std::span<const std::uint8_t>> frames; ///< by number; empty where the movie has none
+
+    // What a picture of the stream may have, whatever its packet says: the stated size, rounded up to what decoders
+    // round their rows and blocks to.
+    std::uint32_t MostWidth() const { return (width + 63) & ~63U; }
+    std::uint32_t MostHeight() const { return (height + 15) & ~15U; }
+    std::uint64_t MostPixels() const { return std::uint64_t{MostWidth()} * MostHeight(); }
+    /// What a decoder may take for the first picture that is too large, at which the stream ends.
+    std::uint64_t MostPixelsOnce() const
+    {
+        constexpr std::uint64_t kEdges = 192, kScratchRows = 280; // decoders ask for as much beside small pictures
+        return std::max(MostPixels(), (MostWidth() + kEdges) * kScratchRows);
+    }
 };
 
 using Character =
@@ -135,11 +159,16 @@ using Character =
 struct Movie
 {
     Container file;
-    std::vector<Character> characters; ///< by number
+    std::map<std::uint16_t, Character> characters; ///< by number
     std::unordered_map<std::uint16_t, Rect> scaleGrids;
+    std::unordered_map<std::string, std::uint16_t> classes; ///< characters by the names of their classes
     Timeline root;
 
-    const Character* Find(std::uint16_t id) const { return id < characters.size() ? &characters[id] : nullptr; }
+    const Character* Find(std::uint16_t id) const
+    {
+        const auto found = characters.find(id);
+        return found != characters.end() ? &found->second : nullptr;
+    }
     template <class T> const T* FindAs(std::uint16_t id) const
     {
         const Character* const p = Find(id);

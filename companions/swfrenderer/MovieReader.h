@@ -4,6 +4,7 @@
 
 #include "companions/swfrenderer/Limits.h"
 #include "companions/swfrenderer/Movie.h"
+#include "companions/swfrenderer/ShapeReader.h"
 
 #include <span>
 
@@ -14,7 +15,7 @@ namespace swf
 class CMovieReader
 {
 public:
-    explicit CMovieReader(Movie& movie) : m_movie(movie) {}
+    CMovieReader(Movie& movie, const Budget& budget);
     /// @return false when there is not one frame. Throws std::bad_alloc.
     bool Read();
 
@@ -23,17 +24,23 @@ private:
     void ReadControlTag(std::uint32_t code, CByteReader& tag, Timeline& timeline);
     void ReadDefinition(std::uint32_t code, CByteReader& tag);
     void ReadPlacement(std::uint32_t code, CByteReader& tag, Timeline& timeline);
+    void ReadClipActions(CByteReader& tag, PlacementExtras& extras);
+    void ReadClasses(CByteReader& tag);
+    void AddFrameScripts();
+    void AddActions(std::span<const std::uint8_t> bytes, std::vector<TimelineAction>& out);
     void ReadBitmap(std::uint32_t code, std::uint16_t id, CByteReader& tag);
     void ReadSprite(std::uint16_t id, CByteReader& tag);
     void ReadButton(std::uint32_t code, std::uint16_t id, CByteReader& tag);
     void ReadEditText(std::uint16_t id, CByteReader& tag);
     void ReadVideo(std::uint32_t code, std::uint16_t id, CByteReader& tag);
+    bool AddStep(Timeline& timeline, FrameStep&& step, std::size_t cbBeside);
     bool Keep(std::uint16_t id, Character&& character);
+    template <class T> T* FindForChange(std::uint16_t id);
 
     Movie& m_movie;
-    EdgeBudget m_edges{kMaxAllEdges};
-    std::size_t m_pixelsLeft = kMaxAllBitmapPixels;
+    ReadBudget m_budget;
     std::size_t m_tagsLeft = kMaxTags;
     std::span<const std::uint8_t> m_jpegTables;
+    std::vector<std::span<const std::uint8_t>> m_scripts; ///< compiled ones
 };
 } // namespace swf

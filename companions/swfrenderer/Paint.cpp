@@ -1,5 +1,6 @@
 #include "companions/swfrenderer/Paint.h"
 
+#include <bit>
 #include <cmath>
 
 namespace swf
@@ -19,28 +20,59 @@ double FromLinear(double v)
     return v <= 0.0031308 ? v * 12.92 : 1.055 * std::pow(v, 1 / 2.4) - 0.055;
 }
 
-float MixChannel(std::uint8_t a, std::uint8_t b, double t, bool linear)
+/// The colours of a gradient between its stops.
+class CStops
 {
-    if (!linear)
-        return static_cast<float>(a + (b - a) * t);
-    const double low = ToLinear(a / 255.0), high = ToLinear(b / 255.0);
-    return static_cast<float>(255 * FromLinear(low + (high - low) * t));
-}
+public:
+    CStops(const std::vector<GradientStop>& stops, bool linear) : m_stops(stops), m_bLinear(linear)
+    {
+        if (linear)
+            for (const GradientStop& stop : stops)
+                m_light.push_back({ToLinear(stop.colour.r / 255.0), ToLinear(stop.colour.g / 255.0),
+                                   ToLinear(stop.colour.b / 255.0)});
+    }
+    /// @param ratio  not less than the one before
+    std::array<float, 4> At(double ratio)
+    {
+        while (m_next < m_stops.size() && m_stops[m_next].ratio < ratio)
+            ++m_next;
+        const auto plain = [](Rgba c) { return std::array<float, 4>{float(c.r), float(c.g), float(c.b), float(c.a)}; };
+        if (m_next == 0)
+            return plain(m_stops[0].colour);
+        if (m_next == m_stops.size())
+            return plain(m_stops.back().colour);
+        const GradientStop &a = m_stops[m_next - 1], &b = m_stops[m_next];
+        const double t = (ratio - a.ratio) / std::max(1, b.ratio - a.ratio);
+        const auto mix = [t](std::uint8_t from, std::uint8_t to) { return static_cast<float>(from + (to - from) * t); };
+        if (!m_bLinear)
+            return {mix(a.colour.r, b.colour.r), mix(a.colour.g, b.colour.g), mix(a.colour.b, b.colour.b),
+                    mix(a.colour.a, b.colour.a)};
+        const auto light = [&](std::size_t c)
+        {
+            const double low = m_light[m_next - 1][c], high = m_light[m_next][c];
+            return static_cast<float>(255 * FromLinear(low + (high - low) * t));
+        };
+        return {light(0), light(1), light(2), mix(a.colour.a, b.colour.a)};
+    }
 
-std::array<float, 4> ColourAt(const std::vector<GradientStop>& stops, double ratio, bool linear)
+private:
+    const std::vector<GradientStop>& m_stops;
+    bool m_bLinear;
+    std::vector<std::array<double, 3>> m_light; ///< of the stops, where they are mixed so
+    std::size_t m_next = 0;                     ///< first stop that is not below
+};
+
+std::uint64_t HashOf(const FillStyle& fill, const ColourTransform& colours)
 {
-    std::size_t i = 0;
-    while (i < stops.size() && stops[i].ratio < ratio)
-        ++i;
-    const auto plain = [](Rgba c) { return std::array<float, 4>{float(c.r), float(c.g), float(c.b), float(c.a)}; };
-    if (i == 0)
-        return plain(stops[0].colour);
-    if (i == stops.size())
-        return plain(stops.back().colour);
-    const GradientStop &a = stops[i - 1], &b = stops[i];
-    const double t = (ratio - a.ratio) / std::max(1, b.ratio - a.ratio);
-    return {MixChannel(a.colour.r, b.colour.r, t, linear), MixChannel(a.colour.g, b.colour.g, t, linear),
-            MixChannel(a.colour.b, b.colour.b, t, linear), MixChannel(a.colour.a, b.colour.a, t, false)};
+    std::uint64_t hash = fill.linearRgb ? 1 : 0;
+    const auto add = [&hash](std::uint64_t v) { hash = (hash ^ v) * 0x100000001B3ULL ^ hash >> 29; };
+    for (const GradientStop& stop : fill.stops)
+        add(Premultiplied(Rgba{stop.colour.r, stop.colour.g, stop.colour.b, 255}) ^ std::uint64_t{stop.colour.a} << 32 ^
+            std::uint64_t{stop.ratio} << 40);
+    for (std::size_t i = 0; i < 4; ++i)
+        add(std::uint64_t{std::bit_cast<std::uint32_t>(colours.multiply[i])} << 32 |
+            std::bit_cast<std::uint32_t>(colours.add[i]));
+    return hash;
 }
 
 /// @p value taken into 0..size-1; by wrapping round, or by staying at the border.
@@ -76,7 +108,7 @@ void CPaint::SetSolid(const std::array<float, 4>& rgba)
 }
 
 void CPaint::SetFill(const FillStyle& fill, const Matrix& toDevice, const ColourTransform& colours,
-                     const Bitmap* pBitmap)
+                     const Bitmap* pBitmap, CGradientTables& tables)
 {
     if (fill.kind == FillKind::Solid)
         return SetSolid(colours.Apply(fill.colour));
@@ -103,25 +135,30 @@ void CPaint::SetFill(const FillStyle& fill, const Matrix& toDevice, const Colour
     m_spread = fill.spread;
     if (fill.stops.empty())
         return SetSolid({0, 0, 0, 0});
-    SetGradient(fill, colours);
+    m_pTable = tables.Find(fill, colours);
     if (toFill.Determinant() == 0) // squeezed to nothing: the last colour is everywhere
     {
         m_kind = FillKind::Solid;
-        m_solid = m_table.back();
+        m_solid = m_pTable->back();
     }
 }
 
-void CPaint::SetGradient(const FillStyle& fill, const ColourTransform& colours)
+CGradientTables::Table CGradientTables::Find(const FillStyle& fill, const ColourTransform& colours)
 {
-    if (!m_table.empty() && m_tableStops == fill.stops && m_tableColours == colours && m_bTableLinear == fill.linearRgb)
-        return;
-    m_table.resize(kTableSize);
-    for (std::size_t i = 0; i < m_table.size(); ++i)
-        m_table[i] = Premultiplied(
-            colours.Apply(ColourAt(fill.stops, static_cast<double>(i) * 255 / (kTableSize - 1), fill.linearRgb)));
-    m_tableStops = fill.stops;
-    m_tableColours = colours;
-    m_bTableLinear = fill.linearRgb;
+    const std::uint64_t hash = HashOf(fill, colours);
+    const auto [first, end] = m_entries.equal_range(hash);
+    for (auto at = first; at != end; ++at)
+        if (at->second.stops == fill.stops && at->second.colours == colours && at->second.linearRgb == fill.linearRgb)
+            return at->second.table;
+    auto pTable = std::make_shared<std::vector<std::uint32_t>>(kTableSize);
+    CStops stops(fill.stops, fill.linearRgb);
+    for (std::size_t i = 0; i < pTable->size(); ++i)
+        (*pTable)[i] = Premultiplied(colours.Apply(stops.At(static_cast<double>(i) * 255 / (kTableSize - 1))));
+    constexpr std::size_t kMostTables = 512; // of 16 KiB
+    if (m_entries.size() >= kMostTables)
+        m_entries.clear(); // those that are in use live on
+    m_entries.emplace(hash, Entry{fill.stops, colours, fill.linearRgb, pTable});
+    return pTable;
 }
 
 std::uint32_t CPaint::TableColour(double t) const
@@ -134,8 +171,8 @@ std::uint32_t CPaint::TableColour(double t) const
     }
     t = (t * 256 - 0.5) / 255; // a gradient has 256 steps; each shows its colour in its middle
     if (!(t > 0))
-        return m_table.front();
-    return t >= 1 ? m_table.back() : m_table[static_cast<std::size_t>(t * (kTableSize - 1) + 0.5)];
+        return m_pTable->front();
+    return t >= 1 ? m_pTable->back() : (*m_pTable)[static_cast<std::size_t>(t * (kTableSize - 1) + 0.5)];
 }
 
 void CPaint::FetchLinear(double u, double du, int n, std::uint32_t* pOut) const

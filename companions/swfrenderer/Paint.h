@@ -8,18 +8,39 @@
 
 #include <cstdint>
 #include <memory>
+#include <unordered_map>
 #include <vector>
 
 namespace swf
 {
-/// One fill, ready for drawing. Kept and set up again, so that its table is taken once.
+/// Colours along gradients, kept from frame to frame by what they are made of.
+class CGradientTables
+{
+public:
+    using Table = std::shared_ptr<const std::vector<std::uint32_t>>;
+    /// Premultiplied colours at even distances. @param fill  with one stop at least. Throws std::bad_alloc.
+    Table Find(const FillStyle& fill, const ColourTransform& colours);
+
+private:
+    struct Entry
+    {
+        std::vector<GradientStop> stops;
+        ColourTransform colours;
+        bool linearRgb = false;
+        Table table;
+    };
+    std::unordered_multimap<std::uint64_t, Entry> m_entries; ///< by a hash of what the table is made of
+};
+
+/// One fill, ready for drawing.
 class CPaint
 {
 public:
     void SetSolid(const std::array<float, 4>& rgba);
     /// @param toDevice  from the shape's twips to device pixels
     /// @param pBitmap   borrowed until the next Set…(); null for a fill that is no bitmap or has none: nothing shows
-    void SetFill(const FillStyle& fill, const Matrix& toDevice, const ColourTransform& colours, const Bitmap* pBitmap);
+    void SetFill(const FillStyle& fill, const Matrix& toDevice, const ColourTransform& colours, const Bitmap* pBitmap,
+                 CGradientTables& tables);
 
     bool IsSolid() const { return m_kind == FillKind::Solid; }
     std::uint32_t Solid() const { return m_solid; }
@@ -27,7 +48,6 @@ public:
     void Fetch(int x, int y, int n, std::uint32_t* pOut) const;
 
 private:
-    void SetGradient(const FillStyle& fill, const ColourTransform& colours);
     std::uint32_t TableColour(double t) const;
     void FetchLinear(double u, double du, int n, std::uint32_t* pOut) const;
     void FetchRadial(double u, double v, int n, std::uint32_t* pOut) const;
@@ -43,9 +63,6 @@ private:
     bool m_bRepeat = false, m_bSmooth = false, m_bTransform = false;
     ColourTransform m_colours;
     const Bitmap* m_pBitmap = nullptr;
-    std::vector<std::uint32_t> m_table;
-    std::vector<GradientStop> m_tableStops; ///< what the table was made from
-    ColourTransform m_tableColours;
-    bool m_bTableLinear = false;
+    CGradientTables::Table m_pTable; ///< of a gradient
 };
 } // namespace swf

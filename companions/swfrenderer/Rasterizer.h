@@ -40,6 +40,7 @@ protected:
 enum class Coverage : std::uint8_t
 {
     Exact, ///< the area that a fill has of a pixel
+    Grid,  ///< how many of 4 by 4 samples it has: what players of the format call high quality
     Centre ///< all or nothing, by the pixel's centre
 };
 
@@ -48,10 +49,15 @@ enum class Coverage : std::uint8_t
 class CRasterizer
 {
 public:
+    /// Pixels of @p clip that edges pass through, at most: what Fill() costs.
+    static std::uint64_t CellsOf(std::span<const FlatEdge> edges, const Area& clip);
     /// @param fills    fills are 1..fills
     /// @param nonZero  overlapping outlines of a fill add up; else they cancel
+    /// @param cells    CellsOf(edges, clip)
+    /// Takes some 50 MiB at most, whatever the outline: where edges crowd, rows are done one by one. A row in which
+    /// crowded edges have more than a million pairs of a fill and a pixel stays empty.
     void Fill(std::span<const FlatEdge> edges, std::uint16_t fills, bool nonZero, Coverage coverage, const Area& clip,
-              ISpanSink& sink);
+              std::uint64_t cells, ISpanSink& sink);
 
 private:
     /// What an edge does to one pixel of a row and to all pixels to the right of it.
@@ -70,19 +76,38 @@ private:
         std::vector<Cell> cells, sorted;
         std::vector<std::uint32_t> rowStart;
         std::vector<std::int64_t> cover, uncovered; ///< of every fill
-        std::vector<std::uint16_t> active;          ///< fills whose cover is not zero
+        std::vector<std::uint16_t> active;          ///< fills whose cover is not zero, the later one first
+        bool crowded = false;                       ///< there were more of them than are kept
         std::vector<FillWeight> weights;
+        // Of a crowded row: sums for every pixel and fill, in that order.
+        std::size_t denseFills = 0; ///< 0: cells are kept one by one
+        std::vector<std::int64_t> denseCover, denseUncovered;
+    };
+    struct Job
+    {
+        std::span<const FlatEdge> edges;
+        std::uint16_t fills;
+        bool nonZero;
+        Coverage coverage;
+        ISpanSink& sink;
     };
 
     static void AddExact(Band& band, const FlatEdge& edge);
+    static void AddGrid(Band& band, const FlatEdge& edge);
     static void AddCentres(Band& band, const FlatEdge& edge);
     static void AddRow(Band& band, const FlatEdge& edge, int row, double xFrom, double xTo, std::int32_t height);
     static void AddCell(Band& band, const FlatEdge& edge, int x, int row, std::int32_t cover, double inset);
     static void SortCells(Band& band);
+    static void ThinOut(Band& band);
+    static void FillBand(Band& band, const Job& job);
+    void FillRows(const Area& area, const Job& job);
+    void FillCrowded(const Area& area, const Job& job);
     static void Sweep(Band& band, std::uint16_t fills, bool nonZero, ISpanSink& sink);
+    static void Activate(Band& band, std::uint16_t fill);
     static void SweepRow(Band& band, std::span<Cell> cells, int y, bool nonZero, ISpanSink& sink);
     static void Emit(Band& band, int y, int x, int length, bool nonZero, bool partial, ISpanSink& sink);
 
     std::vector<Band> m_bands;
+    std::vector<std::int64_t> m_rowCells;
 };
 } // namespace swf

@@ -1,6 +1,7 @@
 #include "companions/swfrenderer/SceneRenderer.h"
 
 #include "companions/swfrenderer/Blend.h"
+#include "companions/swfrenderer/Bounds.h"
 #include "companions/swfrenderer/EditTextLayout.h"
 #include "companions/swfrenderer/Limits.h"
 
@@ -13,6 +14,15 @@ namespace
 constexpr double kTwipsPerPixel = 20;
 constexpr std::uint16_t kMaxFills = 65'535;
 
+/// Objects stand on twentieths of a pixel of the picture, as the format has their places.
+Matrix OnTwips(Matrix m)
+{
+    const auto nearest = [](double v) { return std::floor(v * kTwipsPerPixel + 0.5) / kTwipsPerPixel; };
+    m.tx = nearest(m.tx);
+    m.ty = nearest(m.ty);
+    return m;
+}
+
 Area AreaOf(const Rect& r)
 {
     if (r.IsEmpty())
@@ -22,44 +32,27 @@ Area AreaOf(const Rect& r)
             bound(std::ceil(r.yMax)) + 1};
 }
 
-/// Borrowed from a list of spare ones, given back at the end of the scope.
-template <class T> class CSpare
-{
-public:
-    CSpare(std::vector<std::unique_ptr<T>>& spares, std::uint32_t& used) : m_spares(spares), m_used(used)
-    {
-        if (!spares.empty())
-        {
-            m_p = std::move(spares.back());
-            spares.pop_back();
-        }
-        else
-            m_p = std::make_unique<T>();
-        ++m_used;
-    }
-    ~CSpare()
-    {
-        --m_used;
-        m_spares.push_back(std::move(m_p)); // the list has had room for it
-    }
-    CSpare(const CSpare&) = delete;
-    CSpare& operator=(const CSpare&) = delete;
-    T& operator*() const { return *m_p; }
-    T* operator->() const { return m_p.get(); }
+// What things cost of the frame's work, in pixels painted.
+constexpr std::uint64_t kCostOfObject = 64, kCostOfGlyph = 32, kCostOfGradient = 32'768, kCostOfLayer = 6;
+constexpr std::uint64_t kCostOfLight = 8;       ///< times as much of gradients that are mixed in linear light
+constexpr std::size_t kGradientsAtOnce = 1'024; ///< of one layer of a shape; further ones show their last colour
+constexpr std::uint64_t kScratchOfFilters = 7;  ///< bytes beside a picture for every pixel
 
-private:
-    std::vector<std::unique_ptr<T>>& m_spares;
-    std::uint32_t& m_used;
-    std::unique_ptr<T> m_p;
-};
+std::uint64_t CostOf(const FillStyle& fill)
+{
+    return fill.stops.empty() ? 0 : kCostOfGradient * (fill.linearRgb ? kCostOfLight : 1);
+}
 } // namespace
 
 void CSceneRenderer::Render(const CStage& stage, Coverage coverage, Surface& canvas)
 {
     m_coverage = coverage;
-    m_work = m_edgeWork = m_cells = 0;
-    m_spareSurfaces.reserve(kMaxLayers + 1);
-    m_spareMasks.reserve(kMaxLayers + 1);
+    constexpr std::uint64_t kCanvasesPainted = 256, kCanvasesBeside = 8;
+    m_workLeft = std::max(m_budget.frameWork, kCanvasesPainted * canvas.area.Pixels());
+    m_edgesLeft = m_budget.frameEdges;
+    m_cellsLeft = m_budget.frameCells;
+    m_videos.BeginFrame(m_budget.videoWork);
+    m_layers.SetLimit(std::max(m_budget.layerPixels, kCanvasesBeside * canvas.area.Pixels()) * sizeof(std::uint32_t));
     const Rect& box = m_movie.file.stage;
     const double perTwipX = canvas.area.Width() / box.Width(), perTwipY = canvas.area.Height() / box.Height();
     m_scaleX = perTwipX * kTwipsPerPixel;
@@ -69,15 +62,27 @@ void CSceneRenderer::Render(const CStage& stage, Coverage coverage, Surface& can
     Target target;
     target.pSurface = &canvas;
     target.clip = canvas.area;
-    const List& list = stage.Root().children;
-    DrawList(list, 0, list.size(), toDevice, {}, target);
+    DrawInstance(stage.Root(), toDevice, {}, target);
 }
 
 /// @return false when the frame has had its share of work.
 bool CSceneRenderer::Spend(std::uint64_t pixels)
 {
-    m_work += pixels;
-    return m_work <= kMaxFrameWork;
+    if (pixels > m_workLeft)
+        m_workLeft = 0; // nothing comes behind what was left out
+    else
+        m_workLeft -= pixels;
+    return m_workLeft > 0;
+}
+
+/// @return false when the frame has had its share of edges.
+bool CSceneRenderer::SpendEdges(std::uint64_t edges)
+{
+    if (edges > m_edgesLeft)
+        m_edgesLeft = 0;
+    else
+        m_edgesLeft -= edges;
+    return m_edgesLeft > 0;
 }
 
 void CSceneRenderer::DrawList(const List& list, std::size_t first, std::size_t end, const Matrix& matrix,
@@ -103,14 +108,15 @@ void CSceneRenderer::DrawList(const List& list, std::size_t first, std::size_t e
 void CSceneRenderer::DrawClipped(const List& list, std::size_t clipper, std::size_t end, const Matrix& matrix,
                                  const ColourTransform& colours, const Target& target)
 {
-    if (clipper + 1 >= end || m_layers >= kMaxLayers)
+    if (clipper + 1 >= end)
         return;
     const Instance& object = *list[clipper];
-    const Area clip = AreaOf(BoundsOf(object, Then(object.matrix, matrix))).Meet(target.clip);
+    const Area clip = AreaOf(BoundsOf(m_movie, object, Then(object.matrix, matrix))).Meet(target.clip);
     if (clip.IsEmpty() || !Spend(clip.Pixels()))
         return;
-    CSpare<Mask> shape(m_spareMasks, m_layers);
-    shape->Reset(clip);
+    const CLayerPool::CLease<Mask> shape(m_layers, clip, 0);
+    if (!shape)
+        return;
     Target covered;
     covered.pCovered = &*shape;
     covered.clip = clip;
@@ -131,10 +137,9 @@ void CSceneRenderer::DrawClipped(const List& list, std::size_t clipper, std::siz
         return DrawList(list, clipper + 1, end, matrix, colours, inside);
     }
     // A mask inside a mask: what is covered by both.
-    if (m_layers >= kMaxLayers || !Spend(clip.Pixels()))
+    const CLayerPool::CLease<Mask> content(m_layers, clip, 0);
+    if (!content || !Spend(clip.Pixels()))
         return;
-    CSpare<Mask> content(m_spareMasks, m_layers);
-    content->Reset(clip);
     inside.pCovered = &*content;
     DrawList(list, clipper + 1, end, matrix, colours, inside);
     for (int y = clip.top; y < clip.bottom; ++y)
@@ -149,9 +154,9 @@ void CSceneRenderer::DrawClipped(const List& list, std::size_t clipper, std::siz
 void CSceneRenderer::DrawInstance(const Instance& object, const Matrix& parent, const ColourTransform& colours,
                                   const Target& target)
 {
-    if (!object.visible || m_work > kMaxFrameWork)
+    if (!object.visible || !Spend(kCostOfObject))
         return;
-    const Matrix matrix = Then(object.matrix, parent);
+    const Matrix matrix = OnTwips(Then(object.matrix, parent));
     const ColourTransform inner = Inside(colours, object.colours);
     if (target.pSurface && inner.IsInvisible())
         return;
@@ -168,7 +173,8 @@ void CSceneRenderer::DrawLayer(const Instance& object, const Matrix& matrix, con
     if ((object.blend == BlendMode::Alpha || object.blend == BlendMode::Erase) && !target.inLayer)
         return; // nothing to take away from but the stage
     Area margins;
-    if (object.pFilters)
+    const bool hasFilters = object.pFilters && !object.pFilters->empty();
+    if (hasFilters)
         for (const Filter& filter : *object.pFilters)
         {
             const Area m = FilterMargins(filter, m_scaleX, m_scaleY);
@@ -177,24 +183,36 @@ void CSceneRenderer::DrawLayer(const Instance& object, const Matrix& matrix, con
     const auto grown = [&margins](const Area& a) {
         return Area{a.left - margins.left, a.top - margins.top, a.right + margins.right, a.bottom + margins.bottom};
     };
-    Area area = AreaOf(BoundsOf(object, matrix));
+    const Rect bounds = BoundsOf(m_movie, object, matrix);
+    Area area = AreaOf(bounds);
     if (area.IsEmpty())
         return;
+    Matrix place = matrix;
+    if (hasFilters)
+    {
+        // A filtered object is a picture of its own, which lies on whole pixels.
+        place.tx += std::floor(bounds.xMin + 0.5) - bounds.xMin;
+        place.ty += std::floor(bounds.yMin + 0.5) - bounds.yMin;
+    }
     area = grown(area).Meet(grown(target.clip));
-    std::uint64_t passes = 1; // over all pixels of the layer
-    if (object.pFilters)
+    std::uint64_t passes = kCostOfLayer; // over all pixels of the layer
+    if (hasFilters)
         for (const Filter& filter : *object.pFilters)
             passes += FilterCost(filter);
-    if (area.IsEmpty() || m_layers >= kMaxLayers || !Spend(area.Pixels() * passes))
+    if (area.IsEmpty())
         return;
-    CSpare<Surface> layer(m_spareSurfaces, m_layers);
-    layer->Reset(area, 0);
+    const CLayerPool::CLease<Surface> layer(m_layers, area,
+                                            passes > kCostOfLayer ? area.Pixels() * kScratchOfFilters : 0);
+    if (!layer || !Spend(area.Pixels() * passes))
+        return;
     Target inside;
     inside.pSurface = &*layer;
     inside.clip = area;
     inside.inLayer = true;
-    DrawContent(object, matrix, colours, inside);
-    if (object.pFilters)
+    inside.pGrid = target.pGrid;
+    inside.fromGrid = target.fromGrid;
+    DrawContent(object, place, colours, inside);
+    if (hasFilters)
         for (const Filter& filter : *object.pFilters)
             m_filters.Apply(filter, m_scaleX, m_scaleY, *layer);
     BlendPicture(object.blend, *layer, target.pMask, area.Meet(target.clip), *target.pSurface);
@@ -204,14 +222,17 @@ void CSceneRenderer::DrawContent(const Instance& object, const Matrix& matrix, c
                                  const Target& target)
 {
     if (object.pTimeline)
-        return DrawList(object.children, 0, object.children.size(), matrix, colours, target);
+        return DrawChildren(object, matrix, colours, target);
     const Character* const pCharacter = m_movie.Find(object.character);
     if (!pCharacter)
         return;
     if (const Shape* const pShape = std::get_if<Shape>(pCharacter))
-        DrawShape(*pShape, matrix, colours, target);
+        DrawShapeOf(object, *pShape, matrix, colours, target);
     else if (const MorphShape* const pMorph = std::get_if<MorphShape>(pCharacter))
-        DrawShape(MorphAt(object.character, *pMorph, object.ratio), matrix, colours, target);
+    {
+        if (SpendEdges(pMorph->start.size()))
+            DrawShapeOf(object, MorphAt(object.character, *pMorph, object.ratio), matrix, colours, target);
+    }
     else if (const Text* const pText = std::get_if<Text>(pCharacter))
         DrawText(*pText, matrix, colours, target);
     else if (const EditText* const pEdit = std::get_if<EditText>(pCharacter))
@@ -223,6 +244,37 @@ void CSceneRenderer::DrawContent(const Instance& object, const Matrix& matrix, c
             DrawBitmapBox(*pBitmap, true, matrix, colours, target);
 }
 
+/// An object that is scaled along its axes in nine parts has its own shapes drawn so; sprites inside it grow as ever.
+void CSceneRenderer::DrawChildren(const Instance& object, const Matrix& matrix, const ColourTransform& colours,
+                                  const Target& target)
+{
+    Target inside = target;
+    inside.pGrid = nullptr;
+    const Matrix& m = object.matrix;
+    const auto found = m_movie.scaleGrids.find(object.character);
+    const bool isScaled = m.b == 0 && m.c == 0 && m.a > 0 && m.d > 0 && (m.a != 1 || m.d != 1);
+    const Rect box = found != m_movie.scaleGrids.end() && isScaled ? BoundsOf(m_movie, object, {}) : Rect{};
+    if (box.IsEmpty())
+        return DrawList(object.children, 0, object.children.size(), matrix, colours, inside);
+    const CScaleGrid grid(box, found->second, m.a, m.d);
+    inside.pGrid = &grid;
+    inside.fromGrid = Then(grid.Unscaled(), matrix);
+    DrawList(object.children, 0, object.children.size(), matrix, colours, inside);
+}
+
+void CSceneRenderer::DrawShapeOf(const Instance& object, const Shape& shape, const Matrix& matrix,
+                                 const ColourTransform& colours, const Target& target)
+{
+    if (!target.pGrid)
+        return DrawShape(shape, std::holds_alternative<Shape>(*m_movie.Find(object.character)), matrix, colours,
+                         target);
+    std::uint64_t edges = 0;
+    for (const ShapeLayer& layer : shape.layers)
+        edges += layer.edges.size();
+    if (SpendEdges(edges))
+        DrawShape(target.pGrid->Map(shape, object.matrix), false, target.fromGrid, colours, target);
+}
+
 CPaint& CSceneRenderer::PaintAt(std::size_t index)
 {
     if (m_paints.size() <= index)
@@ -230,28 +282,11 @@ CPaint& CSceneRenderer::PaintAt(std::size_t index)
     return m_paints[index];
 }
 
-/// @return false when the edges in m_edges pass through more pixels of @p area than an outline or a frame may have.
-bool CSceneRenderer::SpendCells(const Area& area)
-{
-    const auto span = [](float a, float b, int low, int high)
-    {
-        const double from = std::max<double>(std::min(a, b), low), to = std::min<double>(std::max(a, b), high);
-        return to > from ? static_cast<std::uint64_t>(to - from) + 1 : 0;
-    };
-    std::uint64_t cells = 0;
-    for (const FlatEdge& edge : m_edges)
-        if (const std::uint64_t rows = span(edge.y0, edge.y1, area.top, area.bottom))
-            cells += rows + span(edge.x0, edge.x1, area.left, area.right);
-    m_cells += cells;
-    return cells <= kMaxOutlineCells && m_cells <= kMaxFrameCells;
-}
-
 /// The edges in m_edges, whose fills are in m_paints.
 void CSceneRenderer::DrawEdges(std::uint16_t fills, bool nonZero, const Target& target)
 {
-    m_edgeWork += m_edges.size();
-    if (m_edges.empty() || m_edgeWork > kMaxFrameEdges)
-        return;
+    if (m_edges.empty() || m_edges.size() >= kMaxOutlineEdges || !SpendEdges(m_edges.size()))
+        return; // an outline that breaks off is not drawn
     float xMin = 1e9F, yMin = 1e9F, xMax = -1e9F, yMax = -1e9F;
     for (const FlatEdge& edge : m_edges)
     {
@@ -261,38 +296,61 @@ void CSceneRenderer::DrawEdges(std::uint16_t fills, bool nonZero, const Target& 
         yMax = std::max({yMax, edge.y0, edge.y1});
     }
     const Area area = AreaOf({xMin, yMin, xMax, yMax}).Meet(target.clip);
-    if (area.IsEmpty() || !Spend(area.Pixels()) || !SpendCells(area))
+    if (area.IsEmpty() || !Spend(area.Pixels()))
         return;
+    const std::uint64_t cells = CRasterizer::CellsOf(m_edges, area);
+    if (cells > m_cellsLeft)
+        return;
+    m_cellsLeft -= cells;
     if (target.pCovered)
     {
         CMaskPainter painter(*target.pCovered);
-        m_rasterizer.Fill(m_edges, fills, nonZero, m_coverage, area, painter);
+        // Masks are cut a twip beside the pixels of what they show as often as not: that is no fringe on the grid.
+        m_rasterizer.Fill(m_edges, fills, nonZero, m_coverage == Coverage::Exact ? Coverage::Grid : m_coverage, area,
+                          cells, painter);
     }
     else
     {
         CPainter painter(*target.pSurface, m_paints, target.pMask);
-        m_rasterizer.Fill(m_edges, fills, nonZero, m_coverage, area, painter);
+        m_rasterizer.Fill(m_edges, fills, nonZero, m_coverage, area, cells, painter);
     }
 }
 
-void CSceneRenderer::DrawShape(const Shape& shape, const Matrix& matrix, const ColourTransform& colours,
+void CSceneRenderer::SetPaints(const ShapeLayer& layer, std::size_t fills, const Matrix& matrix,
+                               const ColourTransform& colours)
+{
+    std::size_t gradients = 0;
+    for (std::size_t i = 0; i < fills; ++i)
+    {
+        const FillStyle& fill = layer.fills[i];
+        if (!fill.stops.empty() && (++gradients > kGradientsAtOnce || !Spend(CostOf(fill))))
+            PaintAt(i).SetSolid(colours.Apply(fill.stops.back().colour));
+        else
+            PaintAt(i).SetFill(fill, matrix, colours, fill.kind == FillKind::Bitmap ? FindBitmap(fill.bitmap) : nullptr,
+                               m_gradients);
+    }
+}
+
+/// @param kept  the shape is one of the movie's: its outline is worth keeping
+void CSceneRenderer::DrawShape(const Shape& shape, bool kept, const Matrix& matrix, const ColourTransform& colours,
                                const Target& target)
 {
     for (const ShapeLayer& layer : shape.layers)
     {
         m_edges.clear();
         const auto fills = static_cast<std::uint16_t>(std::min<std::size_t>(layer.fills.size(), kMaxFills));
-        if (fills > 0)
-            FlattenFills(layer, matrix, static_cast<std::size_t>(kMaxFrameEdges), m_edges);
+        if (!SpendEdges(layer.edges.size()))
+            return;
+        if (fills > 0 && kept)
+            m_outlines.Flatten(layer, matrix, kMaxOutlineEdges, m_edges);
+        else if (fills > 0)
+            FlattenFills(layer, matrix, kMaxOutlineEdges, m_edges);
         if (!m_edges.empty())
         {
-            for (std::size_t i = 0; i < fills && target.pSurface; ++i)
-            {
-                const FillStyle& fill = layer.fills[i];
-                PaintAt(i).SetFill(fill, matrix, colours,
-                                   fill.kind == FillKind::Bitmap ? FindBitmap(fill.bitmap) : nullptr);
-            }
+            if (target.pSurface)
+                SetPaints(layer, fills, matrix, colours);
             DrawEdges(fills, shape.nonZero, target);
+            m_paints.resize(std::min(m_paints.size(), kGradientsAtOnce)); // their tables take memory
         }
         if (!layer.lines.empty())
             DrawStrokes(layer, matrix, colours, target);
@@ -307,12 +365,16 @@ void CSceneRenderer::DrawStrokes(const ShapeLayer& layer, const Matrix& matrix, 
     for (std::uint32_t number = 1; number <= layer.lines.size(); ++number)
     {
         m_edges.clear();
-        m_stroker.Outline(layer, number, matrix, std::sqrt(m_scaleX * m_scaleY),
-                          static_cast<std::size_t>(kMaxFrameEdges), m_edges);
+        if (!SpendEdges(layer.paths.size()))
+            return;
+        m_stroker.Outline(layer, number, matrix, std::sqrt(m_scaleX * m_scaleY), kMaxOutlineEdges, m_edges);
         if (m_edges.empty())
             continue;
         const FillStyle& fill = layer.lines[number - 1].fill;
-        PaintAt(0).SetFill(fill, matrix, colours, fill.kind == FillKind::Bitmap ? FindBitmap(fill.bitmap) : nullptr);
+        if (!Spend(CostOf(fill)))
+            return;
+        PaintAt(0).SetFill(fill, matrix, colours, fill.kind == FillKind::Bitmap ? FindBitmap(fill.bitmap) : nullptr,
+                           m_gradients);
         DrawEdges(1, true, target);
     }
 }
@@ -320,20 +382,32 @@ void CSceneRenderer::DrawStrokes(const ShapeLayer& layer, const Matrix& matrix, 
 void CSceneRenderer::DrawText(const Text& text, const Matrix& matrix, const ColourTransform& colours,
                               const Target& target)
 {
-    const Matrix toDevice = Then(text.matrix, matrix);
+    const Matrix toDevice = OnTwips(Then(text.matrix, matrix));
     for (const PlacedGlyph& glyph : text.glyphs)
     {
+        if (!Spend(kCostOfGlyph))
+            return;
         const Font* const pFont = m_movie.FindAs<Font>(glyph.font);
         if (!pFont || glyph.glyph >= pFont->glyphs.size())
             continue;
         const double scale = glyph.height / pFont->unitsPerEm;
-        const Matrix glyphMatrix = Then({scale, 0, 0, scale, glyph.x, glyph.y}, toDevice);
+        const Matrix glyphMatrix = OnTwips(Then({scale, 0, 0, scale, glyph.x, glyph.y}, toDevice));
         m_edges.clear();
         for (const ShapeLayer& layer : pFont->glyphs[glyph.glyph].layers)
-            FlattenFills(layer, glyphMatrix, static_cast<std::size_t>(kMaxFrameEdges), m_edges);
+            m_outlines.Flatten(layer, glyphMatrix, kMaxOutlineEdges, m_edges);
         if (m_edges.empty())
             continue;
         PaintAt(0).SetSolid(colours.Apply(glyph.colour));
+        DrawEdges(1, pFont->glyphs[glyph.glyph].nonZero, target);
+    }
+    for (const TextBar& bar : text.bars)
+    {
+        m_edges.clear();
+        const Rect& b = bar.box;
+        const Point corners[] = {{b.xMin, b.yMin}, {b.xMax, b.yMin}, {b.xMax, b.yMax}, {b.xMin, b.yMax}};
+        for (std::size_t i = 0; i < 4; ++i)
+            AddFlatEdge(toDevice.Map(corners[i]), toDevice.Map(corners[(i + 1) % 4]), 0, 1, m_edges);
+        PaintAt(0).SetSolid(colours.Apply(bar.colour));
         DrawEdges(1, false, target);
     }
 }
@@ -346,29 +420,30 @@ void CSceneRenderer::DrawEditText(const Instance& object, const EditText& edit, 
         found = m_editTexts.emplace(object.character, LayOut(edit, m_movie)).first;
     if (edit.border)
     {
-        ShapeRecords records;
-        records.styles.resize(1);
-        records.styles[0].fills.resize(1);
-        records.styles[0].fills[0].colour = {255, 255, 255, 255};
+        StyleSet styles;
+        styles.fills.resize(1);
+        styles.fills[0].colour = {255, 255, 255, 255};
         LineStyle line;
         line.width = kTwipsPerPixel;
         line.fill.colour = {0, 0, 0, 255};
-        records.styles[0].lines.push_back(line);
+        styles.lines.push_back(line);
+        CShapeBuilder builder;
+        builder.AddStyles(std::move(styles));
         const Rect& b = edit.bounds;
         ShapeRecord start;
         start.hasMove = start.hasFill1 = start.hasLine = true;
         start.fill1 = start.line = 1;
         start.to = {b.xMin, b.yMin};
-        records.records.push_back(start);
+        builder.Add(start);
         for (const Point p :
              {Point{b.xMax, b.yMin}, Point{b.xMax, b.yMax}, Point{b.xMin, b.yMax}, Point{b.xMin, b.yMin}})
         {
             ShapeRecord side;
             side.kind = ShapeRecord::Kind::Line;
             side.to = p;
-            records.records.push_back(side);
+            builder.Add(side);
         }
-        DrawShape(BuildShape(records, b, false), matrix, colours, target);
+        DrawShape(builder.Finish(b, false), false, matrix, colours, target);
     }
     DrawText(found->second, matrix, colours, target);
 }
@@ -376,10 +451,7 @@ void CSceneRenderer::DrawEditText(const Instance& object, const EditText& edit, 
 void CSceneRenderer::DrawVideo(const Instance& object, const VideoStream& stream, const Matrix& matrix,
                                const ColourTransform& colours, const Target& target)
 {
-    std::unique_ptr<CVideoDecoder>& pDecoder = m_videos[object.character];
-    if (!pDecoder)
-        pDecoder = std::make_unique<CVideoDecoder>(stream);
-    if (const Bitmap* const pBitmap = pDecoder->FrameAt(object.ratio))
+    if (const Bitmap* const pBitmap = m_videos.PictureAt(object.character, stream, object.ratio))
         DrawBitmapBox(*pBitmap, stream.smooth, matrix, colours, target);
 }
 
@@ -390,7 +462,7 @@ void CSceneRenderer::DrawBitmapBox(const Bitmap& bitmap, bool smooth, const Matr
     fill.kind = FillKind::Bitmap;
     fill.smooth = smooth;
     fill.matrix = {kTwipsPerPixel, 0, 0, kTwipsPerPixel, 0, 0};
-    PaintAt(0).SetFill(fill, matrix, colours, &bitmap);
+    PaintAt(0).SetFill(fill, matrix, colours, &bitmap, m_gradients);
     const double right = bitmap.width * kTwipsPerPixel, bottom = bitmap.height * kTwipsPerPixel;
     const Point corners[] = {{0, 0}, {right, 0}, {right, bottom}, {0, bottom}};
     m_edges.clear();
@@ -416,32 +488,5 @@ const Shape& CSceneRenderer::MorphAt(std::uint16_t id, const MorphShape& morph, 
         at->second.shape = ShapeAt(morph, ratio);
     }
     return at->second.shape;
-}
-
-Rect CSceneRenderer::BoundsOf(const Instance& object, const Matrix& matrix) const
-{
-    Rect bounds;
-    for (const std::unique_ptr<Instance>& child : object.children)
-        bounds.Include(BoundsOf(*child, Then(child->matrix, matrix)));
-    const Character* const pCharacter = m_movie.Find(object.character);
-    if (object.pTimeline || !pCharacter)
-        return bounds;
-    if (const Shape* const pShape = std::get_if<Shape>(pCharacter))
-        return matrix.Map(pShape->bounds);
-    if (const MorphShape* const pMorph = std::get_if<MorphShape>(pCharacter))
-    {
-        Rect both = pMorph->startBounds;
-        both.Include(pMorph->endBounds);
-        return matrix.Map(both);
-    }
-    if (const Text* const pText = std::get_if<Text>(pCharacter))
-        return Then(pText->matrix, matrix).Map(pText->bounds);
-    if (const EditText* const pEdit = std::get_if<EditText>(pCharacter))
-        return matrix.Map(pEdit->bounds);
-    if (const VideoStream* const pVideo = std::get_if<VideoStream>(pCharacter))
-        return matrix.Map(Rect{0, 0, pVideo->width * kTwipsPerPixel, pVideo->height * kTwipsPerPixel});
-    if (const PackedBitmap* const pPacked = std::get_if<PackedBitmap>(pCharacter))
-        return matrix.Map(Rect{0, 0, pPacked->width * kTwipsPerPixel, pPacked->height * kTwipsPerPixel});
-    return bounds;
 }
 } // namespace swf

@@ -3,10 +3,13 @@
 #pragma once
 
 #include "companions/swfrenderer/FilterPass.h"
+#include "companions/swfrenderer/LayerPool.h"
+#include "companions/swfrenderer/Limits.h"
 #include "companions/swfrenderer/Painter.h"
+#include "companions/swfrenderer/ScaleGrid.h"
 #include "companions/swfrenderer/Stage.h"
 #include "companions/swfrenderer/Stroker.h"
-#include "companions/swfrenderer/VideoDecoder.h"
+#include "companions/swfrenderer/VideoPool.h"
 
 #include <memory>
 #include <unordered_map>
@@ -18,7 +21,7 @@ namespace swf
 class CSceneRenderer
 {
 public:
-    explicit CSceneRenderer(const Movie& movie) : m_movie(movie) {}
+    CSceneRenderer(const Movie& movie, const Budget& budget) : m_movie(movie), m_budget(budget) {}
     /// Draws over @p canvas, whose area starts at 0, 0 and shows the whole stage. Throws std::bad_alloc.
     void Render(const CStage& stage, Coverage coverage, Surface& canvas);
 
@@ -30,7 +33,9 @@ private:
         Mask* pCovered = nullptr;
         const Mask* pMask = nullptr; ///< of a picture; may be null
         Area clip;
-        bool inLayer = false; ///< the picture belongs to an object of its own
+        bool inLayer = false;              ///< the picture belongs to an object of its own
+        const CScaleGrid* pGrid = nullptr; ///< of the object whose shapes are drawn; may be null
+        Matrix fromGrid;                   ///< from what pGrid has scaled to device pixels
     };
     using List = std::vector<std::unique_ptr<Instance>>;
 
@@ -43,7 +48,13 @@ private:
     void DrawLayer(const Instance& object, const Matrix& matrix, const ColourTransform& colours, const Target& target);
     void DrawContent(const Instance& object, const Matrix& matrix, const ColourTransform& colours,
                      const Target& target);
-    void DrawShape(const Shape& shape, const Matrix& matrix, const ColourTransform& colours, const Target& target);
+    void DrawChildren(const Instance& object, const Matrix& matrix, const ColourTransform& colours,
+                      const Target& target);
+    void DrawShapeOf(const Instance& object, const Shape& shape, const Matrix& matrix, const ColourTransform& colours,
+                     const Target& target);
+    void DrawShape(const Shape& shape, bool kept, const Matrix& matrix, const ColourTransform& colours,
+                   const Target& target);
+    void SetPaints(const ShapeLayer& layer, std::size_t fills, const Matrix& matrix, const ColourTransform& colours);
     void DrawStrokes(const ShapeLayer& layer, const Matrix& matrix, const ColourTransform& colours,
                      const Target& target);
     void DrawText(const Text& text, const Matrix& matrix, const ColourTransform& colours, const Target& target);
@@ -57,9 +68,8 @@ private:
     CPaint& PaintAt(std::size_t index);
     const Bitmap* FindBitmap(std::uint16_t id);
     const Shape& MorphAt(std::uint16_t id, const MorphShape& morph, std::uint16_t ratio);
-    Rect BoundsOf(const Instance& object, const Matrix& matrix) const;
     bool Spend(std::uint64_t pixels);
-    bool SpendCells(const Area& area);
+    bool SpendEdges(std::uint64_t edges);
 
     struct Morphed
     {
@@ -68,20 +78,21 @@ private:
     };
 
     const Movie& m_movie;
+    const Budget m_budget;
     Coverage m_coverage = Coverage::Exact;
-    double m_scaleX = 1, m_scaleY = 1;                     ///< device pixels per pixel of the stage
-    std::uint64_t m_work = 0, m_edgeWork = 0, m_cells = 0; ///< of this frame
-    std::uint32_t m_layers = 0;                            ///< in use now
+    double m_scaleX = 1, m_scaleY = 1;                              ///< device pixels per pixel of the stage
+    std::uint64_t m_workLeft = 0, m_edgesLeft = 0, m_cellsLeft = 0; ///< of this frame
     CRasterizer m_rasterizer;
     CStroker m_stroker;
     CFilterPass m_filters;
     std::vector<CPaint> m_paints;
+    CGradientTables m_gradients;
+    COutlineCache m_outlines;
     std::vector<FlatEdge> m_edges;
     std::unordered_map<std::uint16_t, Bitmap> m_bitmaps;
     std::unordered_map<std::uint16_t, Morphed> m_morphs;
     std::unordered_map<std::uint16_t, Text> m_editTexts;
-    std::unordered_map<std::uint16_t, std::unique_ptr<CVideoDecoder>> m_videos;
-    std::vector<std::unique_ptr<Surface>> m_spareSurfaces;
-    std::vector<std::unique_ptr<Mask>> m_spareMasks;
+    CVideoPool m_videos;
+    CLayerPool m_layers;
 };
 } // namespace swf

@@ -6,89 +6,6 @@ namespace swf
 {
 namespace
 {
-/// Keeps the current styles and position while records go by.
-class CShapeBuilder
-{
-public:
-    CShapeBuilder(const ShapeRecords& records, Shape& shape) : m_records(records), m_shape(shape) { NextLayer(); }
-
-    void Add(const ShapeRecord& record)
-    {
-        if (record.kind == ShapeRecord::Kind::Style)
-            ChangeStyle(record);
-        else
-            AddEdge(record);
-    }
-
-private:
-    void NextLayer()
-    {
-        m_fill0 = m_fill1 = m_line = 0;
-        m_bInPath = false;
-        if (m_nextSet < m_records.styles.size())
-        {
-            ShapeLayer layer;
-            layer.fills = m_records.styles[m_nextSet].fills;
-            layer.lines = m_records.styles[m_nextSet].lines;
-            m_shape.layers.push_back(std::move(layer));
-            ++m_nextSet;
-        }
-        else if (m_shape.layers.empty())
-            m_shape.layers.emplace_back();
-    }
-    void ChangeStyle(const ShapeRecord& record)
-    {
-        if (record.newStyles)
-            NextLayer();
-        const ShapeLayer& layer = m_shape.layers.back();
-        const auto checked = [](std::uint32_t index, std::size_t count) { return index <= count ? index : 0; };
-        if (record.hasFill0)
-            m_fill0 = checked(record.fill0, layer.fills.size());
-        if (record.hasFill1)
-            m_fill1 = checked(record.fill1, layer.fills.size());
-        if (record.hasLine)
-            m_line = checked(record.line, layer.lines.size());
-        if (record.hasMove)
-            m_position = record.to;
-        m_bInPath = false;
-    }
-    void AddEdge(const ShapeRecord& record)
-    {
-        const Point from = m_position;
-        m_position = record.to;
-        if (m_line == 0 && m_fill0 == m_fill1)
-            return; // the same on both sides
-        ShapeLayer& layer = m_shape.layers.back();
-        if (!m_bInPath)
-        {
-            Path path;
-            path.startX = static_cast<float>(from.x);
-            path.startY = static_cast<float>(from.y);
-            path.firstEdge = static_cast<std::uint32_t>(layer.edges.size());
-            path.fill0 = m_fill0;
-            path.fill1 = m_fill1;
-            path.line = m_line;
-            layer.paths.push_back(path);
-            m_bInPath = true;
-        }
-        Edge edge;
-        edge.x = static_cast<float>(record.to.x);
-        edge.y = static_cast<float>(record.to.y);
-        const bool curve = record.kind == ShapeRecord::Kind::Curve;
-        edge.cx = curve ? static_cast<float>(record.control.x) : edge.x;
-        edge.cy = curve ? static_cast<float>(record.control.y) : edge.y;
-        layer.edges.push_back(edge);
-        ++layer.paths.back().edgeCount;
-    }
-
-    const ShapeRecords& m_records;
-    Shape& m_shape;
-    std::size_t m_nextSet = 0;
-    std::uint32_t m_fill0 = 0, m_fill1 = 0, m_line = 0;
-    Point m_position;
-    bool m_bInPath = false;
-};
-
 double Mix(double a, double b, double t)
 {
     return a + (b - a) * t;
@@ -132,37 +49,99 @@ ShapeRecord AsCurve(ShapeRecord record, Point from)
 }
 } // namespace
 
-Shape BuildShape(const ShapeRecords& records, const Rect& bounds, bool nonZero)
+void CShapeBuilder::AddStyles(StyleSet&& styles)
 {
-    Shape shape;
-    shape.bounds = bounds;
-    shape.nonZero = nonZero;
-    CShapeBuilder builder(records, shape);
-    for (const ShapeRecord& record : records.records)
-        builder.Add(record);
-    return shape;
+    m_fill0 = m_fill1 = m_line = 0;
+    m_bInPath = false;
+    ShapeLayer layer;
+    layer.fills = std::move(styles.fills);
+    layer.lines = std::move(styles.lines);
+    m_shape.layers.push_back(std::move(layer));
+}
+
+void CShapeBuilder::Add(const ShapeRecord& record)
+{
+    if (record.kind == ShapeRecord::Kind::Style)
+        ChangeStyle(record);
+    else
+        AddEdge(record);
+}
+
+void CShapeBuilder::ChangeStyle(const ShapeRecord& record)
+{
+    if (m_shape.layers.empty())
+        m_shape.layers.emplace_back();
+    const ShapeLayer& layer = m_shape.layers.back();
+    const auto checked = [](std::uint32_t index, std::size_t count) { return index <= count ? index : 0; };
+    if (record.hasFill0)
+        m_fill0 = checked(record.fill0, layer.fills.size());
+    if (record.hasFill1)
+        m_fill1 = checked(record.fill1, layer.fills.size());
+    if (record.hasLine)
+        m_line = checked(record.line, layer.lines.size());
+    if (record.hasMove)
+        m_position = record.to;
+    m_bInPath = false;
+}
+
+void CShapeBuilder::AddEdge(const ShapeRecord& record)
+{
+    const Point from = m_position;
+    m_position = record.to;
+    if (m_line == 0 && m_fill0 == m_fill1)
+        return; // the same on both sides
+    ShapeLayer& layer = m_shape.layers.back();
+    if (!m_bInPath)
+    {
+        Path path;
+        path.startX = static_cast<float>(from.x);
+        path.startY = static_cast<float>(from.y);
+        path.firstEdge = static_cast<std::uint32_t>(layer.edges.size());
+        path.fill0 = m_fill0;
+        path.fill1 = m_fill1;
+        path.line = m_line;
+        layer.paths.push_back(path);
+        m_bInPath = true;
+    }
+    Edge edge;
+    edge.x = static_cast<float>(record.to.x);
+    edge.y = static_cast<float>(record.to.y);
+    const bool curve = record.kind == ShapeRecord::Kind::Curve;
+    edge.cx = curve ? static_cast<float>(record.control.x) : edge.x;
+    edge.cy = curve ? static_cast<float>(record.control.y) : edge.y;
+    layer.edges.push_back(edge);
+    ++layer.paths.back().edgeCount;
+}
+
+Shape CShapeBuilder::Finish(const Rect& bounds, bool nonZero)
+{
+    m_shape.bounds = bounds;
+    m_shape.nonZero = nonZero;
+    for (ShapeLayer& layer : m_shape.layers)
+    {
+        layer.edges.shrink_to_fit();
+        layer.paths.shrink_to_fit();
+    }
+    return std::move(m_shape);
 }
 
 Shape ShapeAt(const MorphShape& morph, std::uint32_t ratio)
 {
     const double t = std::min(ratio, 65'535U) / 65'535.0;
-    ShapeRecords mixed;
-    mixed.styles = morph.start.styles;
-    for (StyleSet& set : mixed.styles)
+    StyleSet set = morph.startStyles;
+    for (std::size_t i = 0; i < set.fills.size() && i < morph.endStyles.fills.size(); ++i)
+        set.fills[i] = Mix(set.fills[i], morph.endStyles.fills[i], t);
+    for (std::size_t i = 0; i < set.lines.size() && i < morph.endStyles.lines.size(); ++i)
     {
-        for (std::size_t i = 0; i < set.fills.size() && i < morph.endStyles.fills.size(); ++i)
-            set.fills[i] = Mix(set.fills[i], morph.endStyles.fills[i], t);
-        for (std::size_t i = 0; i < set.lines.size() && i < morph.endStyles.lines.size(); ++i)
-        {
-            set.lines[i].width = Mix(set.lines[i].width, morph.endStyles.lines[i].width, t);
-            set.lines[i].fill = Mix(set.lines[i].fill, morph.endStyles.lines[i].fill, t);
-        }
+        set.lines[i].width = Mix(set.lines[i].width, morph.endStyles.lines[i].width, t);
+        set.lines[i].fill = Mix(set.lines[i].fill, morph.endStyles.lines[i].fill, t);
     }
+    CShapeBuilder builder;
+    builder.AddStyles(std::move(set));
     // Edge goes with edge; records that only change styles or move stand on either side as the author's tool left them.
     std::size_t n = 0;
     Point from, fromEnd;
-    mixed.records.reserve(morph.start.records.size());
-    for (const ShapeRecord& record : morph.start.records)
+    for (const ShapeRecord& record : morph.start)
     {
         ShapeRecord out = record;
         if (record.kind == ShapeRecord::Kind::Style)
@@ -178,7 +157,7 @@ Shape ShapeAt(const MorphShape& morph, std::uint32_t ratio)
                 from = record.to;
                 out.to = Mix(from, fromEnd, t);
             }
-            mixed.records.push_back(out);
+            builder.Add(out);
             continue;
         }
         while (n < morph.end.size() && morph.end[n].kind == ShapeRecord::Kind::Style)
@@ -199,13 +178,13 @@ Shape ShapeAt(const MorphShape& morph, std::uint32_t ratio)
         out.to = Mix(to, toEnd, t);
         from = to;
         fromEnd = toEnd;
-        mixed.records.push_back(out);
+        builder.Add(out);
     }
     Rect bounds;
     bounds.Include(Mix(Point{morph.startBounds.xMin, morph.startBounds.yMin},
                        Point{morph.endBounds.xMin, morph.endBounds.yMin}, t));
     bounds.Include(Mix(Point{morph.startBounds.xMax, morph.startBounds.yMax},
                        Point{morph.endBounds.xMax, morph.endBounds.yMax}, t));
-    return BuildShape(mixed, bounds, false);
+    return builder.Finish(bounds, false);
 }
 } // namespace swf

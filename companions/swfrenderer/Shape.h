@@ -64,8 +64,9 @@ struct LineStyle
     Cap startCap = Cap::Round, endCap = Cap::Round;
     Join join = Join::Round;
     double miterLimit = 3;
-    bool keepX = false; ///< the width does not grow with a horizontal, or
-    bool keepY = false; ///< vertical, scale
+    bool keepX = false;  ///< the width does not grow with a horizontal, or
+    bool keepY = false;  ///< vertical, scale
+    bool hinted = false; ///< its points lie on whole pixels
     bool noClose = false;
     FillStyle fill;
 };
@@ -107,12 +108,12 @@ struct ShapeRecord
 {
     enum class Kind : std::uint8_t
     {
-        Style, ///< move and new styles, each only when its flag says so
+        Style, ///< move and styles, each only when its flag says so
         Line,
         Curve
     };
     Kind kind = Kind::Style;
-    bool hasMove = false, hasFill0 = false, hasFill1 = false, hasLine = false, newStyles = false;
+    bool hasMove = false, hasFill0 = false, hasFill1 = false, hasLine = false;
     std::uint32_t fill0 = 0, fill1 = 0, line = 0;
     Point control, to;
 };
@@ -123,23 +124,33 @@ struct StyleSet
     std::vector<LineStyle> lines;
 };
 
-/// The records of a shape and the style sets that its newStyles records go through, the first one before any of them.
-struct ShapeRecords
+/// Sorts records into layers and paths as they come.
+class CShapeBuilder
 {
-    std::vector<ShapeRecord> records;
-    std::vector<StyleSet> styles;
-};
+public:
+    /// What later records refer to; lies above what came before.
+    void AddStyles(StyleSet&& styles);
+    /// Styles that the set does not have count as none.
+    void Add(const ShapeRecord& record);
+    /// The builder is empty afterwards.
+    Shape Finish(const Rect& bounds, bool nonZero);
 
-/// Sorts records into layers and paths. Styles that the set does not have count as none.
-Shape BuildShape(const ShapeRecords& records, const Rect& bounds, bool nonZero);
+private:
+    void ChangeStyle(const ShapeRecord& record);
+    void AddEdge(const ShapeRecord& record);
+
+    Shape m_shape;
+    std::uint32_t m_fill0 = 0, m_fill1 = 0, m_line = 0;
+    Point m_position;
+    bool m_bInPath = false;
+};
 
 /// A shape between two. Both ends have the same styles in the same places.
 struct MorphShape
 {
     Rect startBounds, endBounds;
-    ShapeRecords start;
-    StyleSet endStyles;
-    std::vector<ShapeRecord> end;
+    StyleSet startStyles, endStyles;
+    std::vector<ShapeRecord> start, end;
 };
 
 /// The shape at @p ratio, 0 (start) to 65,535 (end).

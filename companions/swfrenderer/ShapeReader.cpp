@@ -78,7 +78,7 @@ void ReadLineFlags(CByteReader& reader, LineStyle& line, bool& hasFill)
     hasFill = reader.Bit();
     line.keepX = reader.Bit();
     line.keepY = reader.Bit();
-    (void)reader.Bit(); // pixel hinting: the rasteriser is exact between pixels
+    line.hinted = reader.Bit();
     (void)reader.UB(5);
     line.noClose = reader.Bit();
     line.endCap = cap(reader.UB(2));
@@ -110,13 +110,33 @@ std::size_t ReadStyleCount(CByteReader& reader, bool extended)
     return count == 0xFF && extended ? reader.U16() : count;
 }
 
-StyleSet ReadStyles(CByteReader& reader, int version)
+std::size_t StopBytes(const FillStyle& fill)
+{
+    return fill.stops.size() * sizeof(GradientStop);
+}
+
+/// The reader fails when @p cb bytes are not left.
+void Pay(CByteReader& reader, ReadBudget& budget, std::size_t cb)
+{
+    if (!budget.Take(cb))
+        reader.Fail();
+}
+
+StyleSet ReadStyles(CByteReader& reader, int version, ReadBudget& budget)
 {
     StyleSet set;
     for (std::size_t n = ReadStyleCount(reader, version >= 2); n > 0 && !reader.Failed(); --n)
+    {
         set.fills.push_back(ReadFill(reader, version));
+        Pay(reader, budget, sizeof(FillStyle) + StopBytes(set.fills.back()));
+    }
     for (std::size_t n = ReadStyleCount(reader, version >= 2); n > 0 && !reader.Failed(); --n)
+    {
         set.lines.push_back(ReadLine(reader, version));
+        Pay(reader, budget, sizeof(LineStyle) + StopBytes(set.lines.back().fill));
+    }
+    set.fills.shrink_to_fit();
+    set.lines.shrink_to_fit();
     return set;
 }
 
@@ -127,16 +147,48 @@ struct RecordContext
     Point position;
 };
 
+/// Takes a shape's records while they are read.
+class CShapeSink
+{
+public:
+    static constexpr std::size_t kPathBytes = sizeof(Path), kEdgeBytes = sizeof(Edge);
+    CShapeBuilder builder;
+    bool any = false;
+
+    bool NewStyles(StyleSet&& styles)
+    {
+        builder.AddStyles(std::move(styles));
+        return true;
+    }
+    void Add(const ShapeRecord& record)
+    {
+        builder.Add(record);
+        any = true;
+    }
+};
+
+/// Keeps the records of one end of a morph. Other styles on the way are not allowed.
+class CRecordSink
+{
+public:
+    static constexpr std::size_t kPathBytes = sizeof(ShapeRecord) + sizeof(Path),
+                                 kEdgeBytes = sizeof(ShapeRecord) + sizeof(Edge); // and those of the shape between
+    std::vector<ShapeRecord> records;
+
+    static bool NewStyles(StyleSet&&) { return false; }
+    void Add(const ShapeRecord& record) { records.push_back(record); }
+};
+
 /// @return false at the end of the records.
-bool ReadStyleChange(CByteReader& reader, RecordContext& context, ShapeRecords& out)
+template <class Sink> bool ReadStyleChange(CByteReader& reader, RecordContext& context, ReadBudget& budget, Sink& out)
 {
     ShapeRecord record;
-    record.newStyles = reader.Bit();
+    const bool newStyles = reader.Bit();
     record.hasLine = reader.Bit();
     record.hasFill1 = reader.Bit();
     record.hasFill0 = reader.Bit();
     record.hasMove = reader.Bit();
-    if (!record.newStyles && !record.hasLine && !record.hasFill1 && !record.hasFill0 && !record.hasMove)
+    if (!newStyles && !record.hasLine && !record.hasFill1 && !record.hasFill0 && !record.hasMove)
         return false;
     if (record.hasMove)
     {
@@ -151,19 +203,22 @@ bool ReadStyleChange(CByteReader& reader, RecordContext& context, ShapeRecords& 
         record.fill1 = reader.UB(context.fillBits);
     if (record.hasLine)
         record.line = reader.UB(context.lineBits);
-    if (record.newStyles)
+    if (newStyles)
     {
-        if (context.version == 0)
+        // Glyphs and morphs have the styles they begin with.
+        if (context.version == 0 || !budget.Take(sizeof(ShapeLayer)) ||
+            !out.NewStyles(ReadStyles(reader, context.version, budget)))
         {
             reader.Fail();
             return false;
         }
-        out.styles.push_back(ReadStyles(reader, context.version));
         context.fillBits = reader.UB(4);
         context.lineBits = reader.UB(4);
     }
-    out.records.push_back(record);
-    return !reader.Failed();
+    if (reader.Failed() || !budget.Take(Sink::kPathBytes))
+        return false;
+    out.Add(record);
+    return true;
 }
 
 ShapeRecord ReadEdge(CByteReader& reader, RecordContext& context)
@@ -196,8 +251,9 @@ ShapeRecord ReadEdge(CByteReader& reader, RecordContext& context)
     return record;
 }
 
-/// What stands behind the styles: the widths of the style numbers, then records up to an end record.
-void ReadRecords(CByteReader& reader, int version, EdgeBudget& budget, ShapeRecords& out)
+/// What stands behind the styles: the widths of the style numbers, then records up to an end record. Stops where the
+/// budget does.
+template <class Sink> void ReadRecords(CByteReader& reader, int version, ReadBudget& budget, Sink& out)
 {
     reader.Align();
     RecordContext context{version, 0, 0, {}};
@@ -208,21 +264,20 @@ void ReadRecords(CByteReader& reader, int version, EdgeBudget& budget, ShapeReco
     {
         if (!reader.Bit())
         {
-            if (!ReadStyleChange(reader, context, out))
+            if (!ReadStyleChange(reader, context, budget, out))
                 break;
             continue;
         }
         const ShapeRecord record = ReadEdge(reader, context);
         if (reader.Failed())
             break;
-        if (edges == kMaxShapeEdges || budget.left == 0)
+        if (edges == kMaxShapeEdges || !budget.Take(Sink::kEdgeBytes))
         {
             reader.Fail();
             break;
         }
         ++edges;
-        --budget.left;
-        out.records.push_back(record);
+        out.Add(record);
     }
     reader.Align();
 }
@@ -295,7 +350,7 @@ void ReadMorphLine(CByteReader& reader, int version, StyleSet& start, StyleSet& 
 }
 } // namespace
 
-bool ReadShape(CByteReader& reader, int version, EdgeBudget& budget, Shape& shape)
+bool ReadShape(CByteReader& reader, int version, ReadBudget& budget, Shape& shape)
 {
     const Rect bounds = reader.ReadRect();
     bool nonZero = false;
@@ -304,20 +359,21 @@ bool ReadShape(CByteReader& reader, int version, EdgeBudget& budget, Shape& shap
         (void)reader.ReadRect(); // bounds without lines
         nonZero = (reader.U8() & 4) != 0;
     }
-    ShapeRecords records;
-    records.styles.push_back(ReadStyles(reader, version));
-    ReadRecords(reader, version, budget, records);
-    shape = BuildShape(records, bounds, nonZero);
-    return !records.records.empty();
+    CShapeSink sink;
+    sink.builder.AddStyles(ReadStyles(reader, version, budget));
+    ReadRecords(reader, version, budget, sink);
+    shape = sink.builder.Finish(bounds, nonZero);
+    return sink.any;
 }
 
-bool ReadGlyph(CByteReader& reader, EdgeBudget& budget, Shape& shape)
+bool ReadGlyph(CByteReader& reader, ReadBudget& budget, Shape& shape)
 {
-    ShapeRecords records;
-    records.styles.resize(1);
-    records.styles[0].fills.resize(1);
-    ReadRecords(reader, 0, budget, records);
-    shape = BuildShape(records, {}, false);
+    if (!budget.Take(sizeof(ShapeLayer) + sizeof(FillStyle)))
+        return false;
+    CShapeSink sink;
+    sink.builder.AddStyles({std::vector<FillStyle>(1), {}});
+    ReadRecords(reader, 0, budget, sink);
+    shape = sink.builder.Finish({}, false);
     for (const ShapeLayer& layer : shape.layers)
         for (const Path& path : layer.paths)
         {
@@ -332,7 +388,7 @@ bool ReadGlyph(CByteReader& reader, EdgeBudget& budget, Shape& shape)
     return !reader.Failed();
 }
 
-bool ReadMorphShape(CByteReader& reader, int version, EdgeBudget& budget, MorphShape& morph)
+bool ReadMorphShape(CByteReader& reader, int version, ReadBudget& budget, MorphShape& morph)
 {
     morph.startBounds = reader.ReadRect();
     morph.endBounds = reader.ReadRect();
@@ -346,22 +402,30 @@ bool ReadMorphShape(CByteReader& reader, int version, EdgeBudget& budget, MorphS
     const std::size_t base = reader.Position();
     CByteReader ends = reader;
     ends.Skip(offset);
-    morph.start.styles.resize(1);
-    StyleSet& start = morph.start.styles[0];
+    StyleSet& start = morph.startStyles;
+    // Three sets of styles: of both ends and of the shape between.
     for (std::size_t n = ReadStyleCount(reader, true); n > 0 && !reader.Failed(); --n)
     {
         auto fills = ReadMorphFill(reader);
+        Pay(reader, budget, 3 * (sizeof(FillStyle) + StopBytes(fills.first)));
         start.fills.push_back(std::move(fills.first));
         morph.endStyles.fills.push_back(std::move(fills.second));
     }
     for (std::size_t n = ReadStyleCount(reader, true); n > 0 && !reader.Failed(); --n)
+    {
         ReadMorphLine(reader, version, start, morph.endStyles);
-    ReadRecords(reader, 0, budget, morph.start);
+        Pay(reader, budget, 3 * (sizeof(LineStyle) + StopBytes(start.lines.back().fill)));
+    }
+    CRecordSink starts;
+    ReadRecords(reader, 0, budget, starts);
     if (offset == 0 || ends.Failed() || ends.Position() < base)
         ends = reader;
-    ShapeRecords endRecords;
+    CRecordSink endRecords;
     ReadRecords(ends, 0, budget, endRecords);
+    morph.start = std::move(starts.records);
     morph.end = std::move(endRecords.records);
-    return !morph.start.records.empty();
+    morph.start.shrink_to_fit();
+    morph.end.shrink_to_fit();
+    return !morph.start.empty();
 }
 } // namespace swf

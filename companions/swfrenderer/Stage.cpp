@@ -1,5 +1,6 @@
 #include "companions/swfrenderer/Stage.h"
 
+#include "companions/swfrenderer/Bounds.h"
 #include "companions/swfrenderer/Limits.h"
 
 #include <algorithm>
@@ -12,7 +13,11 @@ namespace swf
 namespace
 {
 constexpr std::uint32_t kMaxJumpsPerTick = 64;
-constexpr std::uint64_t kFirstMark = 1024; ///< ticks that are simply played
+constexpr std::size_t kMaxQueuedActions = 262'144;
+constexpr std::uint64_t kFirstMark = 1024; ///< ticks, a power of two, that are simply played
+// What things cost, in the units of Budget::tickWork. Measured where nothing is in the processor's cache.
+constexpr std::uint64_t kCostOfTimeline = 4, kCostOfFrame = 2, kCostOfStep = 16, kCostOfObject = 64, kCostOfAction = 32;
+constexpr std::uint64_t kCostOfBounds = 32; ///< for every object inside
 
 auto FindDepth(std::vector<std::unique_ptr<Instance>>& list, std::uint16_t depth)
 {
@@ -25,9 +30,17 @@ bool IsAt(const std::vector<std::unique_ptr<Instance>>& list, std::vector<std::u
     return at != list.end() && (*at)->depth == depth;
 }
 
-void SetProperty(Instance& object, TimelineAction::Property property, double value)
+bool IsSize(TimelineAction::Property property)
+{
+    return property == TimelineAction::Property::Width || property == TimelineAction::Property::Height;
+}
+
+/// @param inside  box of what the object holds, in its own twips; needed for sizes
+void SetProperty(Instance& object, TimelineAction::Property property, double value, const Rect& inside)
 {
     using P = TimelineAction::Property;
+    constexpr double kMost = 1e7;
+    value = std::clamp(value, -kMost, kMost);
     Matrix& m = object.matrix;
     double scaleX = std::hypot(m.a, m.b), scaleY = std::hypot(m.c, m.d);
     double turnX = std::atan2(m.b, m.a), turnY = std::atan2(-m.c, m.d);
@@ -59,10 +72,17 @@ void SetProperty(Instance& object, TimelineAction::Property property, double val
         break;
     }
     case P::Width:
+        if (!(inside.Width() > 0))
+            return;
+        scaleX = value * 20 / inside.Width();
+        break;
     case P::Height:
-        return; // would need what is inside measured
+        if (!(inside.Height() > 0))
+            return;
+        scaleY = value * 20 / inside.Height();
+        break;
     }
-    if (property == P::ScaleX || property == P::ScaleY || property == P::Rotation)
+    if (property != P::X && property != P::Y && property != P::Alpha && property != P::Visible)
         m = {scaleX * std::cos(turnX),
              scaleX * std::sin(turnX),
              -scaleY * std::sin(turnY),
@@ -73,7 +93,7 @@ void SetProperty(Instance& object, TimelineAction::Property property, double val
 }
 } // namespace
 
-CStage::CStage(const Movie& movie) : m_movie(movie)
+CStage::CStage(const Movie& movie, const Budget& budget) : m_movie(movie), m_maxWork(budget.tickWork)
 {
     Restart();
 }
@@ -83,7 +103,7 @@ void CStage::Restart()
     m_pRoot = std::make_unique<Instance>();
     m_pRoot->pTimeline = &m_movie.root;
     m_background = {255, 255, 255, 255};
-    m_tick = m_work = m_markTick = m_markHash = 0;
+    m_tick = m_work = m_markTick = m_markHash = m_markWork = m_round = 0;
     m_instances = 1;
     m_jumps = 0;
     EnterFrame(*m_pRoot, 0);
@@ -94,38 +114,48 @@ void CStage::GoToTick(std::uint64_t tick)
 {
     if (tick < m_tick)
         Restart();
-    while (m_tick < tick && m_work < kMaxTickWork)
-    {
-        Tick();
-        if (m_tick < kFirstMark || tick - m_tick < kFirstMark)
-            continue;
-        // The state of every power of two is kept. When it comes back, whole rounds are left out.
-        if (std::has_single_bit(m_tick))
-        {
-            m_markTick = m_tick;
-            m_markHash = StateHash(*m_pRoot);
-        }
-        else if (m_markTick != 0 && StateHash(*m_pRoot) == m_markHash)
-        {
-            const std::uint64_t round = m_tick - m_markTick;
-            m_tick = tick - (tick - m_tick) % round;
-        }
-    }
+    while (m_tick < tick && !IsExhausted())
+        if (m_round != 0 && tick - m_tick >= m_round)
+            m_tick += (tick - m_tick) / m_round * m_round; // the state is the same after whole rounds
+        else
+            Tick();
     m_tick = tick;
 }
 
 void CStage::Tick()
 {
+    if (m_round != 0)
+        m_work = m_markWork; // nothing new is done
     ++m_tick;
     m_jumps = 0;
     Advance(*m_pRoot);
     RunActions();
+    if (m_round == 0 && m_tick >= kFirstMark)
+        FindRound();
+}
+
+/// The state of every power of two is kept. When it comes back, the movie goes round and round.
+void CStage::FindRound()
+{
+    const std::uint64_t colour = Premultiplied(m_background);
+    const std::uint64_t hash = StateHash(*m_pRoot) ^ colour;
+    if (std::has_single_bit(m_tick))
+    {
+        m_markTick = m_tick;
+        m_markHash = hash;
+        m_markWork = m_work;
+    }
+    else if (hash == m_markHash)
+        m_round = m_tick - m_markTick;
 }
 
 /// Parents go first: what they remove does not go on, what they make starts with its own first frame.
 void CStage::Advance(Instance& sprite)
 {
-    ++m_work;
+    m_work += kCostOfTimeline + sprite.children.size();
+    if (sprite.pExtras)
+        for (const TimelineAction& action : sprite.pExtras->onFrame)
+            Queue(sprite, action);
     const Timeline& timeline = *sprite.pTimeline;
     if (sprite.playing && timeline.FrameCount() > 1)
     {
@@ -157,7 +187,7 @@ void CStage::JumpTo(Instance& sprite, std::uint32_t frame)
     {
         std::vector<std::unique_ptr<Instance>> before;
         before.swap(sprite.children);
-        for (std::uint32_t n = 0; n <= frame; ++n)
+        for (std::uint32_t n = 0; n <= frame && !IsExhausted(); ++n)
             DoSteps(sprite, n);
         for (std::unique_ptr<Instance>& object : sprite.children)
         {
@@ -177,7 +207,7 @@ void CStage::JumpTo(Instance& sprite, std::uint32_t frame)
             Bury(std::move(gone));
     }
     else
-        for (std::uint32_t n = sprite.frame + 1; n <= frame; ++n)
+        for (std::uint32_t n = sprite.frame + 1; n <= frame && !IsExhausted(); ++n)
             DoSteps(sprite, n);
     sprite.frame = frame;
     QueueActions(sprite, frame);
@@ -194,9 +224,10 @@ std::size_t CStage::CountOf(const Instance& object)
 void CStage::DoSteps(Instance& sprite, std::uint32_t frame)
 {
     const Timeline& timeline = *sprite.pTimeline;
-    for (std::uint32_t i = timeline.FirstStep(frame); i < timeline.frameEnds[frame] && m_work < kMaxTickWork; ++i)
+    m_work += kCostOfFrame;
+    for (std::uint32_t i = timeline.FirstStep(frame); i < timeline.frameEnds[frame] && !IsExhausted(); ++i)
     {
-        ++m_work;
+        m_work += kCostOfStep;
         const FrameStep& step = timeline.steps[i];
         if (const Placement* const pPlacement = std::get_if<Placement>(&step))
             Place(sprite, *pPlacement, frame);
@@ -212,25 +243,32 @@ void CStage::QueueActions(Instance& sprite, std::uint32_t frame)
     const Timeline& timeline = *sprite.pTimeline;
     for (std::uint32_t i = timeline.FirstStep(frame); i < timeline.frameEnds[frame]; ++i)
         if (const TimelineAction* const pAction = std::get_if<TimelineAction>(&timeline.steps[i]))
-            m_queue.push_back({&sprite, pAction});
+            Queue(sprite, *pAction);
+}
+
+void CStage::Queue(Instance& sprite, const TimelineAction& action)
+{
+    if (m_queue.size() < kMaxQueuedActions)
+        m_queue.push_back({&sprite, &action});
 }
 
 /// When all timelines have gone on. Objects that are removed meanwhile stay in memory until the end: they may have
 /// actions in the queue.
 void CStage::RunActions()
 {
-    for (std::size_t i = 0; i < m_queue.size() && m_work < kMaxTickWork; ++i)
+    for (std::size_t i = 0; i < m_queue.size() && !IsExhausted(); ++i)
     {
         const QueuedAction queued = m_queue[i];
         Act(*queued.pSprite, *queued.pAction);
     }
     m_queue.clear();
+    for (const std::unique_ptr<Instance>& pGone : m_removed)
+        m_instances -= std::min(m_instances, CountOf(*pGone));
     m_removed.clear();
 }
 
 void CStage::Bury(std::unique_ptr<Instance> pObject)
 {
-    m_instances -= std::min(m_instances, CountOf(*pObject));
     m_removed.push_back(std::move(pObject));
 }
 
@@ -292,8 +330,10 @@ void CStage::Place(Instance& parent, const Placement& placement, std::uint32_t f
         }
         return;
     }
-    if (!placement.character || m_instances >= kMaxInstances)
+    const std::optional<std::uint16_t> character = CharacterOf(placement);
+    if (!character || m_instances >= kMaxInstances)
         return;
+    m_work += kCostOfObject;
     auto pObject = std::make_unique<Instance>();
     Instance& object = *pObject;
     object.depth = placement.depth;
@@ -309,7 +349,20 @@ void CStage::Place(Instance& parent, const Placement& placement, std::uint32_t f
     }
     else
         parent.children.insert(at, std::move(pObject));
-    SetCharacter(object, *placement.character);
+    object.pExtras = placement.pExtras.get();
+    if (object.pExtras)
+        for (const TimelineAction& action : object.pExtras->onLoad)
+            Queue(object, action);
+    SetCharacter(object, *character);
+}
+
+/// By number, or by the name of its class.
+std::optional<std::uint16_t> CStage::CharacterOf(const Placement& placement) const
+{
+    if (placement.character || !placement.pExtras)
+        return placement.character;
+    const auto found = m_movie.classes.find(placement.pExtras->className);
+    return found != m_movie.classes.end() ? std::optional(found->second) : std::nullopt;
 }
 
 Instance* CStage::FindTarget(Instance& from, const std::string& path)
@@ -331,6 +384,7 @@ Instance* CStage::FindTarget(Instance& from, const std::string& path)
             continue;
         }
         Instance* pFound = nullptr;
+        m_work += kCostOfAction + pAt->children.size();
         for (const std::unique_ptr<Instance>& child : pAt->children)
             if (child->pName && *child->pName == name)
                 pFound = child.get();
@@ -342,12 +396,20 @@ Instance* CStage::FindTarget(Instance& from, const std::string& path)
 void CStage::Act(Instance& sprite, const TimelineAction& action)
 {
     using Kind = TimelineAction::Kind;
-    ++m_work;
+    m_work += kCostOfAction;
     Instance* const pTarget = FindTarget(sprite, action.target);
     if (!pTarget)
         return;
     if (action.kind == Kind::SetProperty)
-        return SetProperty(*pTarget, action.property, action.value);
+    {
+        Rect inside;
+        if (IsSize(action.property))
+        {
+            m_work += kCostOfBounds * CountOf(*pTarget);
+            inside = BoundsOf(m_movie, *pTarget, {});
+        }
+        return SetProperty(*pTarget, action.property, action.value, inside);
+    }
     if (!pTarget->pTimeline)
         return;
     const std::uint32_t count = pTarget->pTimeline->FrameCount();
@@ -386,26 +448,59 @@ void CStage::Act(Instance& sprite, const TimelineAction& action)
         JumpTo(*pTarget, frame);
 }
 
+namespace
+{
+/// After FNV-1a, on whole words.
+class CHash
+{
+public:
+    void Add(std::uint64_t v) { m_value = (m_value ^ v) * 0x100000001B3ULL ^ m_value >> 29; }
+    std::uint64_t Value() const { return m_value; }
+
+private:
+    std::uint64_t m_value = 0xCBF29CE484222325ULL;
+};
+
+void AddLook(const Instance& object, CHash& hash)
+{
+    hash.Add(object.depth | std::uint64_t{object.character} << 16 | std::uint64_t{object.ratio} << 32 |
+             std::uint64_t{object.clipDepth} << 48);
+    hash.Add((object.visible ? 1U : 0U) | (object.pTimeline ? 2U : 0U) | static_cast<unsigned>(object.blend) << 2);
+    const Matrix& m = object.matrix;
+    for (const double v : {m.a, m.b, m.c, m.d, m.tx, m.ty})
+        hash.Add(std::bit_cast<std::uint64_t>(v));
+    for (std::size_t i = 0; i < 4; ++i)
+        hash.Add(std::uint64_t{std::bit_cast<std::uint32_t>(object.colours.multiply[i])} << 32 |
+                 std::bit_cast<std::uint32_t>(object.colours.add[i]));
+    hash.Add(reinterpret_cast<std::uintptr_t>(object.pFilters));
+    hash.Add(object.children.size());
+}
+} // namespace
+
+std::uint64_t CStage::PictureHash(const Instance& object)
+{
+    CHash hash;
+    AddLook(object, hash);
+    for (const std::unique_ptr<Instance>& child : object.children)
+        hash.Add(PictureHash(*child));
+    return hash.Value();
+}
+
+std::uint64_t CStage::PictureHash() const
+{
+    return PictureHash(*m_pRoot) ^ Premultiplied(m_background);
+}
+
 /// Of everything that decides what later ticks show.
 std::uint64_t CStage::StateHash(const Instance& object) const
 {
-    std::uint64_t hash = 0xCBF29CE484222325ULL; // FNV-1a's start and factor, on whole words
-    const auto add = [&hash](std::uint64_t v) { hash = (hash ^ v) * 0x100000001B3ULL ^ hash >> 29; };
-    add(object.depth | std::uint64_t{object.character} << 16 | std::uint64_t{object.ratio} << 32 |
-        std::uint64_t{object.clipDepth} << 48);
-    add(object.frame | std::uint64_t{object.placedAt} << 32);
-    add((object.playing ? 1U : 0U) | (object.visible ? 2U : 0U) | (object.scripted ? 4U : 0U) |
-        static_cast<unsigned>(object.blend) << 3);
-    const Matrix& m = object.matrix;
-    for (const double v : {m.a, m.b, m.c, m.d, m.tx, m.ty})
-        add(std::bit_cast<std::uint64_t>(v));
-    for (const float v : object.colours.multiply)
-        add(std::bit_cast<std::uint32_t>(v));
-    for (const float v : object.colours.add)
-        add(std::bit_cast<std::uint32_t>(v));
-    add(reinterpret_cast<std::uintptr_t>(object.pFilters));
+    CHash hash;
+    AddLook(object, hash);
+    hash.Add(object.frame | std::uint64_t{object.placedAt} << 32);
+    hash.Add((object.playing ? 1U : 0U) | (object.scripted ? 2U : 0U));
+    hash.Add(reinterpret_cast<std::uintptr_t>(object.pName));
     for (const std::unique_ptr<Instance>& child : object.children)
-        add(StateHash(*child));
-    return hash;
+        hash.Add(StateHash(*child));
+    return hash.Value();
 }
 } // namespace swf

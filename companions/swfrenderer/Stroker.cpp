@@ -55,10 +55,12 @@ void CStroker::Arc(Point at, Point from, Point to)
     double sweep = std::atan2(to.y, to.x) - start;
     if (sweep < 0)
         sweep += 2 * std::numbers::pi;
-    const int steps = static_cast<int>(sweep / m_arcStep);
-    for (int i = 1; i <= steps; ++i)
+    int chords = 1; // halved until they are short enough
+    while (sweep > m_arcStep * chords && chords < kMostChords)
+        chords *= 2;
+    for (int i = 1; i < chords; ++i)
     {
-        const double angle = start + sweep * i / (steps + 1);
+        const double angle = start + sweep * i / chords;
         Put({at.x + m_half * std::cos(angle), at.y + m_half * std::sin(angle)});
     }
 }
@@ -120,7 +122,7 @@ void CStroker::Finish()
         const Point first = Unit(m_points[0], m_points[1]);
         Point before = first;
         Segment(m_points[0], m_points[1], first);
-        for (std::size_t i = 1; i + 1 < count; ++i)
+        for (std::size_t i = 1; i + 1 < count && m_pOut->size() < m_limit; ++i)
         {
             const Point after = Unit(m_points[i], m_points[i + 1]);
             JoinAt(m_points[i], before, after);
@@ -144,44 +146,67 @@ void CStroker::Add(Point p)
         m_points.push_back(p);
 }
 
+/// @return false when nothing can be drawn.
+bool CStroker::SetPen(const Matrix& toDevice, double stageScale)
+{
+    const LineStyle& line = *m_pLine;
+    const double scale = std::sqrt(std::abs(toDevice.Determinant()));
+    if (!(scale > 0))
+        return false;
+    double width = line.width * scale; // device pixels
+    if (line.keepX && line.keepY)
+        width = line.width / 20 * stageScale;
+    else if (line.keepX)
+        width = line.width * std::hypot(toDevice.c, toDevice.d);
+    else if (line.keepY)
+        width = line.width * std::hypot(toDevice.a, toDevice.b);
+    width = std::max(line.hinted ? std::round(width) : width, 1.0); // a line is never thinner than a pixel
+    // A line whose width is not the shape's is round on the screen, whatever the shape goes through.
+    const bool onScreen = line.keepX || line.keepY || line.hinted;
+    m_toPen = onScreen ? toDevice : Matrix{};
+    m_toDevice = onScreen ? Matrix{} : toDevice;
+    m_half = width / (onScreen ? 1 : scale) / 2;
+    m_flatness = FlatnessAt(onScreen ? 1 : toDevice.Scale());
+    // As wide as an arc may be without its chord being further away than that.
+    m_arcStep = m_half > m_flatness ? 2 * std::sqrt(m_flatness * (2 * m_half - m_flatness)) / m_half : 2;
+    return true;
+}
+
+/// The ends of edges of a hinted line: where the sides of a line across or down fall on the borders of pixels.
+Point CStroker::OnPixel(Point p) const
+{
+    if (!m_pLine->hinted)
+        return p;
+    const double offset = std::fmod(2 * m_half, 2) == 0 ? 0.0 : 0.5;
+    return {std::floor(p.x - offset + 0.5) + offset, std::floor(p.y - offset + 0.5) + offset};
+}
+
 void CStroker::Outline(const ShapeLayer& layer, std::uint32_t number, const Matrix& toDevice, double stageScale,
                        std::size_t limit, std::vector<FlatEdge>& out)
 {
     m_pLine = &layer.lines[number - 1];
-    m_toDevice = toDevice;
     m_pOut = &out;
+    m_limit = limit;
     m_points.clear();
     m_bOpenPiece = false;
-    const double scale = std::sqrt(std::abs(toDevice.Determinant()));
-    if (!(scale > 0))
+    if (!SetPen(toDevice, stageScale))
         return;
-    const bool keep = m_pLine->keepX && m_pLine->keepY;
-    // A width that does not grow is round on the screen, whatever the shape goes through: it is drawn there.
-    const Matrix toPen = keep ? toDevice : Matrix{};
-    const double penScale = keep ? 1 : scale;
-    if (keep)
-        m_toDevice = {};
-    const double width = std::max(keep ? m_pLine->width / 20 * stageScale : m_pLine->width * scale, 1.0);
-    m_half = width / penScale / 2; // a line is never thinner than a pixel
-    m_arcStep = std::clamp(2 * std::acos(std::max(-1.0, 1 - 2 * kFlatness / width)), 0.05, 1.0);
-    const double curveScale =
-        (keep ? 1 : toDevice.Scale()) * std::max(1.0, 1 + width / 8); // wide lines show their corners more
     for (const Path& path : layer.paths)
     {
         if (path.line != number || out.size() >= limit)
             continue;
-        Point from = toPen.Map(Point{path.startX, path.startY});
+        Point from = OnPixel(m_toPen.Map(Point{path.startX, path.startY}));
         if (!m_points.empty() && m_points.back() != from)
             Finish();
         Add(from);
         for (std::uint32_t i = 0; i < path.edgeCount && out.size() + m_points.size() < limit; ++i)
         {
             const Edge& edge = layer.edges[path.firstEdge + i];
-            const Point to = toPen.Map(Point{edge.x, edge.y});
+            const Point to = OnPixel(m_toPen.Map(Point{edge.x, edge.y}));
             if (edge.IsLine())
                 Add(to);
             else
-                FlattenCurve(from, toPen.Map(Point{edge.cx, edge.cy}), to, curveScale, [this](Point p) { Add(p); });
+                FlattenCurve(from, m_toPen.Map(Point{edge.cx, edge.cy}), to, m_flatness, [this](Point p) { Add(p); });
             from = to;
         }
     }

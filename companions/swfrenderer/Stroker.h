@@ -19,6 +19,8 @@ public:
                  std::size_t limit, std::vector<FlatEdge>& out);
 
 private:
+    bool SetPen(const Matrix& toDevice, double stageScale);
+    Point OnPixel(Point p) const;
     void Add(Point p);
     void Finish();
     void Segment(Point a, Point b, Point direction);
@@ -29,10 +31,13 @@ private:
     void Close();
 
     const LineStyle* m_pLine = nullptr;
-    Matrix m_toDevice;
-    double m_half = 0;    ///< twips: half the width
+    Matrix m_toPen;    ///< from the shape to where the line is drawn: the shape itself, or the screen
+    Matrix m_toDevice; ///< from there to device pixels
+    double m_half = 0; ///< half the width, where the line is drawn
+    double m_flatness = 0;
     double m_arcStep = 0; ///< radians between the points of a round join
     std::vector<FlatEdge>* m_pOut = nullptr;
+    std::size_t m_limit = 0;     ///< of edges
     std::vector<Point> m_points; ///< of the line being walked, without repetitions
     bool m_bOpenPiece = false;
     Point m_first, m_last; ///< of the piece, device pixels

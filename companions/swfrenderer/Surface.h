@@ -31,11 +31,13 @@ struct Area
 /// Premultiplied B, G, R, A bytes of an area, one number per pixel, rows without padding.
 struct Surface
 {
+    using Level = std::uint32_t;
     Area area;
-    std::vector<std::uint32_t> pixels;
+    std::vector<Level> pixels;
 
+    std::size_t Held() const { return pixels.capacity() * sizeof(Level); } ///< bytes
     /// Takes a new area; keeps its memory. Throws std::bad_alloc.
-    void Reset(const Area& newArea, std::uint32_t colour)
+    void Reset(const Area& newArea, std::uint32_t colour = 0)
     {
         area = newArea;
         pixels.assign(static_cast<std::size_t>(area.Pixels()), colour);
@@ -52,9 +54,11 @@ struct Surface
 /// How much of every pixel shows, 0..255. Outside its area nothing does.
 struct Mask
 {
+    using Level = std::uint8_t;
     Area area;
-    std::vector<std::uint8_t> levels;
+    std::vector<Level> levels;
 
+    std::size_t Held() const { return levels.capacity() * sizeof(Level); } ///< bytes
     void Reset(const Area& newArea)
     {
         area = newArea;

@@ -30,7 +30,7 @@ void CSWFRenderObj::CloseMovie()
     m_pRenderer.reset();
     m_pStage.reset();
     m_pMovie.reset();
-    m_bRendered = false;
+    m_bRendered = m_bCanvasKept = false;
 }
 
 HRESULT CSWFRenderObj::OpenMovie(const wchar_t* path)
@@ -49,14 +49,14 @@ HRESULT CSWFRenderObj::OpenMovie(const wchar_t* path)
     }
 }
 
-HRESULT CSWFRenderObj::OpenBytes(std::span<const std::uint8_t> bytes)
+HRESULT CSWFRenderObj::OpenBytes(std::span<const std::uint8_t> bytes, const swf::Budget& budget)
 {
     CloseMovie();
     auto pMovie = std::make_unique<swf::Movie>();
-    if (!swf::OpenContainer(bytes, pMovie->file) || !swf::CMovieReader(*pMovie).Read())
+    if (!swf::OpenContainer(bytes, pMovie->file) || !swf::CMovieReader(*pMovie, budget).Read())
         return E_FAIL;
-    m_pStage = std::make_unique<swf::CStage>(*pMovie);
-    m_pRenderer = std::make_unique<swf::CSceneRenderer>(*pMovie);
+    m_pStage = std::make_unique<swf::CStage>(*pMovie, budget);
+    m_pRenderer = std::make_unique<swf::CSceneRenderer>(*pMovie, budget);
     m_pMovie = std::move(pMovie);
     return S_OK;
 }
@@ -90,13 +90,15 @@ std::uint32_t CSWFRenderObj::GetRenderFlag()
 
 void CSWFRenderObj::SetRenderFlag(std::uint32_t value)
 {
-    m_bRendered = m_bRendered && value == m_nFlag;
+    m_bCanvasKept = m_bCanvasKept && value == m_nFlag;
+    m_bRendered = m_bRendered && m_bCanvasKept;
     m_nFlag = value;
 }
 
 void CSWFRenderObj::SetSmoothEdges(bool smooth)
 {
-    m_bRendered = m_bRendered && smooth == m_bSmooth;
+    m_bCanvasKept = m_bCanvasKept && smooth == m_bSmooth;
+    m_bRendered = m_bRendered && m_bCanvasKept;
     m_bSmooth = smooth;
 }
 
@@ -118,13 +120,24 @@ HRESULT CSWFRenderObj::Render(std::uint32_t index)
         return E_FAIL;
     const swf::Area area{0, 0, static_cast<int>(width), static_cast<int>(height)};
     if (m_canvas.area != area)
-        m_canvas.Reset(area, 0);
+    {
+        m_bCanvasKept = false;
+        m_canvas.Reset(area);
+    }
     m_pStage->GoToTick(index);
+    const std::uint64_t picture = m_pStage->PictureHash();
+    m_frame = {index, width, height, width * 4};
+    if (m_bCanvasKept && picture == m_nPicture)
+    {
+        m_bRendered = true; // nothing has changed since the frame that was drawn last
+        return S_OK;
+    }
+    m_bCanvasKept = false;
     m_pRenderer->Render(*m_pStage, m_bSmooth ? swf::Coverage::Exact : swf::Coverage::Centre, m_canvas);
     if ((m_nFlag & kSWFRenderHalfTurn) != 0)
         std::reverse(m_canvas.pixels.begin(), m_canvas.pixels.end());
-    m_frame = {index, width, height, width * 4};
-    m_bRendered = true;
+    m_nPicture = picture;
+    m_bCanvasKept = m_bRendered = true;
     return S_OK;
 }
 

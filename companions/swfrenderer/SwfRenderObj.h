@@ -2,6 +2,7 @@
 /// The library's render object.
 #pragma once
 
+#include "companions/swfrenderer/Limits.h"
 #include "companions/swfrenderer/SceneRenderer.h"
 #include "companions/swfrenderer/Stage.h"
 #include "engine/platform/SwfRenderer.h"
@@ -27,7 +28,7 @@ public:
     HRESULT RenderFrame(std::uint32_t index, const tagSWFFrameInfo** ppInfo, const std::uint8_t** ppPixels) override;
 
     /// A movie that lies in memory. Throws std::bad_alloc.
-    HRESULT OpenBytes(std::span<const std::uint8_t> bytes);
+    HRESULT OpenBytes(std::span<const std::uint8_t> bytes, const swf::Budget& budget = {});
 
 private:
     ~CSWFRenderObj() override = default;
@@ -42,5 +43,7 @@ private:
     std::uint32_t m_nWidth = 0, m_nHeight = 0; ///< as asked for
     std::uint32_t m_nFlag = 0;
     bool m_bSmooth = true;
-    bool m_bRendered = false; ///< the canvas shows m_frame
+    bool m_bRendered = false;     ///< the canvas shows m_frame
+    bool m_bCanvasKept = false;   ///< the canvas shows the picture of m_nPicture with the flags that are set
+    std::uint64_t m_nPicture = 0; ///< its hash
 };

@@ -17,15 +17,17 @@ public:
     CVideoDecoder(const CVideoDecoder&) = delete;
     CVideoDecoder& operator=(const CVideoDecoder&) = delete;
 
-    /// The picture on show at frame @p number: the last one that could be decoded up to there, whatever was asked
-    /// before. Null where there is none, or no decoder for the stream. Borrowed until the next call.
-    const Bitmap* FrameAt(std::uint32_t number);
+    /// The last picture that could be decoded of the first @p count frames, whatever was asked before. Null where there
+    /// is none, or no decoder for the stream. Goes on from what was asked last; for fewer frames it begins again.
+    /// Borrowed until the next call. Throws std::bad_alloc.
+    const Bitmap* PictureAfter(std::uint32_t count);
 
 private:
     struct Codec;
     const VideoStream& m_stream;
     std::unique_ptr<Codec> m_pCodec;
     Bitmap m_picture;
-    std::uint32_t m_next = 0; ///< frame that is decoded next
+    std::uint32_t m_next = 0;  ///< frame that is decoded next
+    bool m_hasPicture = false; ///< m_picture is the one behind the frames decoded
 };
 } // namespace swf

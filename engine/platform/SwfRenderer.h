@@ -13,13 +13,13 @@
 /// What a movie says about itself. The layout is part of the library's binary interface.
 struct tagSWFMovieInfo
 {
-    std::uint32_t cbSize = 64;     ///< 64, set by the caller
-    std::uint32_t nVersion = 0;    ///< of the format
-    std::uint32_t nFrameCount = 0; ///< of the root
-    double dWidth = 0;             ///< pixels
-    double dHeight = 0;            ///< pixels
-    double dFrameRate = 0;         ///< frames per second
-    std::uint32_t nReserved[7] = {};
+    std::uint32_t cbSize = 64;       ///< 64, set by the caller
+    std::uint32_t nVersion = 0;      ///< of the format
+    std::uint32_t nFrameCount = 0;   ///< of the root
+    double dWidth = 0;               ///< pixels
+    double dHeight = 0;              ///< pixels
+    double dFrameRate = 0;           ///< frames per second
+    std::uint32_t nReserved[7] = {}; ///< 0
 };
 #pragma pack(pop)
 static_assert(sizeof(tagSWFMovieInfo) == 64 && offsetof(tagSWFMovieInfo, dWidth) == 12 &&

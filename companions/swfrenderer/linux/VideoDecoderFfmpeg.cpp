@@ -1,7 +1,7 @@
 #include "companions/swfrenderer/VideoDecoder.h"
 
 #include <algorithm>
-#include <cstring>
+#include <mutex>
 
 extern "C"
 {
@@ -31,18 +31,27 @@ AVCodecID CodecOf(std::uint32_t codec)
     }
 }
 
-std::uint32_t Level(double v)
+void QuietLibrary()
 {
-    return static_cast<std::uint32_t>(std::clamp(v, 0.0, 255.0) + 0.5);
+    // Broken packets are no news; the library would write to the console of whoever loads it.
+    static std::once_flag once;
+    std::call_once(once, [] { av_log_set_level(AV_LOG_QUIET); });
 }
 
-/// Rec. ITU-R BT.601 in video range, chroma samples shared by the pixels they stand for.
+std::uint32_t Level(int v)
+{
+    return static_cast<std::uint32_t>(std::clamp((v + 32'768) >> 16, 0, 255));
+}
+
+/// Rec. ITU-R BT.601 in video range with factors of 16 fractional bits, chroma samples shared by the pixels they stand
+/// for.
 std::uint32_t FromYuv(int y, int u, int v)
 {
-    const double luma = 255.0 / 219 * (y - 16);
-    const double blue = 255.0 / 112 * (u - 128), red = 255.0 / 112 * (v - 128);
-    return Level(luma + 0.886 * blue) | Level(luma - 0.886 * 0.114 / 0.587 * blue - 0.701 * 0.299 / 0.587 * red) << 8 |
-           Level(luma + 0.701 * red) << 16;
+    constexpr int kLuma = 76'309, kRed = 104'597, kBlue = 132'201; // 255 / 219; 1.402 and 1.772 times 255 / 224
+    constexpr int kGreenU = 25'675, kGreenV = 53'279;
+    const int luma = kLuma * (y - 16);
+    return Level(luma + kBlue * (u - 128)) | Level(luma - kGreenU * (u - 128) - kGreenV * (v - 128)) << 8 |
+           Level(luma + kRed * (v - 128)) << 16;
 }
 
 void Convert(const AVFrame& frame, Bitmap& out)
@@ -82,76 +91,105 @@ struct CVideoDecoder::Codec
 {
     AVCodecContext* pContext = nullptr; // owned
     AVFrame* pFrame = nullptr;          // owned
+    AVFrame* pLast = nullptr;           // owned: the last picture decoded; without buffers where there is none
     AVPacket* pPacket = nullptr;        // owned
-    std::vector<std::uint8_t> bytes;    ///< of the packet, with the padding that decoders read beyond
+    bool isOpen = false;
+    struct
+    {
+        int width = 0, height = 0;
+    } most;                          ///< of a picture; behind a larger one nothing decodes
+    std::vector<std::uint8_t> bytes; ///< of the packet, with the padding that decoders read beyond
 
-    ~Codec() { Close(); }
-    void Close()
+    ~Codec()
     {
         avcodec_free_context(&pContext);
         av_frame_free(&pFrame);
+        av_frame_free(&pLast);
         av_packet_free(&pPacket);
     }
-    bool Open(const VideoStream& stream)
+    /// What cannot be opened decodes nothing.
+    void Open(const VideoStream& stream)
     {
-        Close();
+        QuietLibrary();
         const AVCodec* const pCodec = avcodec_find_decoder(CodecOf(stream.codec));
         pContext = pCodec ? avcodec_alloc_context3(pCodec) : nullptr;
         pFrame = av_frame_alloc();
+        pLast = av_frame_alloc();
         pPacket = av_packet_alloc();
-        if (!pContext || !pFrame || !pPacket)
-            return false;
+        if (!pContext || !pFrame || !pLast || !pPacket)
+            return;
         pContext->width = static_cast<int>(stream.width);
         pContext->height = static_cast<int>(stream.height);
-        pContext->thread_count = 1; // frame threads would hold pictures back
-        pContext->max_pixels = std::int64_t{stream.width} * stream.height * 4 + 65'536;
-        return avcodec_open2(pContext, pCodec, nullptr) >= 0;
+        pContext->idct_algo = FF_IDCT_FAAN; // the most exact one: movies are small, and their colours flat
+        pContext->thread_count = 1;         // frame threads would hold pictures back
+        pContext->max_pixels = static_cast<std::int64_t>(stream.MostPixelsOnce());
+        most = {static_cast<int>(stream.MostWidth()), static_cast<int>(stream.MostHeight())};
+        isOpen = avcodec_open2(pContext, pCodec, nullptr) >= 0;
     }
-    bool Decode(std::span<const std::uint8_t> data, Bitmap& picture)
+    void Decode(std::span<const std::uint8_t> data)
     {
+        if (!isOpen)
+            return;
         bytes.assign(data.begin(), data.end());
         bytes.resize(data.size() + AV_INPUT_BUFFER_PADDING_SIZE, 0);
         pPacket->data = bytes.data();
         pPacket->size = static_cast<int>(data.size());
-        bool got = false;
         if (avcodec_send_packet(pContext, pPacket) >= 0)
             while (avcodec_receive_frame(pContext, pFrame) >= 0)
             {
-                Convert(*pFrame, picture);
-                got = true;
+                if (IsTooLarge())
+                    continue;
+                av_frame_unref(pLast);
+                av_frame_move_ref(pLast, pFrame);
             }
         pPacket->data = nullptr;
         pPacket->size = 0;
-        return got;
+        if (IsTooLarge())
+        {
+            av_frame_unref(pFrame);
+            avcodec_free_context(&pContext);
+            isOpen = false;
+        }
+    }
+    /// The size of a picture may change with every packet.
+    bool IsTooLarge() const
+    {
+        return std::max(pContext->width, pContext->coded_width) > most.width ||
+               std::max(pContext->height, pContext->coded_height) > most.height;
     }
 };
 
 CVideoDecoder::CVideoDecoder(const VideoStream& stream) : m_stream(stream) {}
 CVideoDecoder::~CVideoDecoder() = default;
 
-const Bitmap* CVideoDecoder::FrameAt(std::uint32_t number)
+const Bitmap* CVideoDecoder::PictureAfter(std::uint32_t count)
 {
-    if (!m_pCodec || number + 1 < m_next)
+    if (count == 0)
+        return nullptr;
+    if (!m_pCodec || count < m_next)
     {
+        m_hasPicture = false;
+        m_pCodec.reset(); // before the next one takes memory
         m_pCodec = std::make_unique<Codec>();
         m_next = 0;
-        m_picture = {};
-        if (!m_pCodec->Open(m_stream))
-            m_next = 0xFFFF'FFFFU; // nothing decodes
+        m_pCodec->Open(m_stream);
     }
-    for (; m_next <= number && m_next < m_stream.frames.size(); ++m_next)
-    {
-        const auto data = m_stream.frames[m_next];
-        if (data.empty())
-            continue;
-        if (m_picture.pixels.empty())
+    for (; m_next < count && m_next < m_stream.frames.size(); ++m_next)
+        if (const auto data = m_stream.frames[m_next]; !data.empty())
         {
-            m_picture.width = static_cast<int>(m_stream.width);
-            m_picture.height = static_cast<int>(m_stream.height);
-            m_picture.pixels.assign(std::size_t{m_stream.width} * m_stream.height, 0);
+            m_pCodec->Decode(data);
+            m_hasPicture = false;
         }
-        (void)m_pCodec->Decode(data, m_picture);
+    if (!m_pCodec->pLast || !m_pCodec->pLast->data[0])
+        return nullptr;
+    if (!m_hasPicture)
+    {
+        m_picture.width = static_cast<int>(m_stream.width);
+        m_picture.height = static_cast<int>(m_stream.height);
+        m_picture.pixels.assign(std::size_t{m_stream.width} * m_stream.height, 0);
+        Convert(*m_pCodec->pLast, m_picture);
+        m_hasPicture = true;
     }
-    return m_picture.pixels.empty() ? nullptr : &m_picture;
+    return &m_picture;
 }
 } // namespace swf

@@ -12,7 +12,10 @@
 class MoviePlayer
 {
 public:
-    explicit MoviePlayer(std::span<const std::uint8_t> file) { m_result = m_pMovie->OpenBytes(file); }
+    explicit MoviePlayer(std::span<const std::uint8_t> file, const swf::Budget& budget = {})
+    {
+        m_result = m_pMovie->OpenBytes(file, budget);
+    }
 
     bool IsOpen() const { return SUCCEEDED(m_result); }
     CSWFRenderObj& operator*() const { return *m_pMovie.Get(); }

@@ -2,13 +2,11 @@
 /// Containers, timelines and edges, by movies of a few bytes.
 #include "tests/companions/swfrenderer/MovieBuilder.h"
 #include "tests/companions/swfrenderer/MoviePlayer.h"
+#include "tests/companions/swfrenderer/PackedMovie.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-
-#include <lzma.h>
-#include <zlib.h>
 
 namespace
 {
@@ -20,15 +18,6 @@ MovieBuilder Walker()
     MovieBuilder m;
     m.Box(1, 1, 1, 0xFF0000).Place(1, 1).ShowFrame().Move(1, 1, 0).ShowFrame().Move(1, 2, 0).ShowFrame();
     return m;
-}
-
-Bytes Zlib(const Bytes& body)
-{
-    Bytes out(compressBound(static_cast<uLong>(body.size())));
-    uLongf cb = static_cast<uLongf>(out.size());
-    compress(out.data(), &cb, body.data(), static_cast<uLong>(body.size()));
-    out.resize(cb);
-    return out;
 }
 
 std::size_t RedAt(const std::vector<std::uint32_t>& pixels)
@@ -65,25 +54,10 @@ TEST(SwfRenderObj, OpensAllThreeContainers)
 {
     const Bytes body = Walker().Body(4, 1);
     const auto length = static_cast<std::uint32_t>(body.size() + 8);
-    MoviePlayer zipped(ByteWriter().U8('C').U8('W').U8('S').U8(8).U32(length).Raw(Zlib(body)).bytes);
+    MoviePlayer zipped(ZlibMovie(body, length));
     EXPECT_EQ(RedAt(zipped.Frame(2)), 2U);
 
-    lzma_options_lzma options;
-    lzma_lzma_preset(&options, 6);
-    Bytes alone(body.size() * 2 + 256);
-    lzma_stream z = LZMA_STREAM_INIT;
-    ASSERT_EQ(lzma_alone_encoder(&z, &options), LZMA_OK);
-    z.next_in = body.data();
-    z.avail_in = body.size();
-    z.next_out = alone.data();
-    z.avail_out = alone.size();
-    ASSERT_EQ(lzma_code(&z, LZMA_FINISH), LZMA_STREAM_END);
-    alone.resize(alone.size() - z.avail_out);
-    lzma_end(&z);
-    ByteWriter file; // five bytes of properties, then the stream without the length that stands between them
-    file.U8('Z').U8('W').U8('S').U8(13).U32(length).U32(static_cast<std::uint32_t>(alone.size() - 13));
-    file.Raw(Bytes(alone.begin(), alone.begin() + 5)).Raw(Bytes(alone.begin() + 13, alone.end()));
-    MoviePlayer squeezed(file.bytes);
+    MoviePlayer squeezed(LzmaMovie(body, length));
     EXPECT_EQ(RedAt(squeezed.Frame(1)), 1U);
 }
 
@@ -93,7 +67,7 @@ TEST(SwfRenderObj, UnpacksNoMoreThanTheHeaderStates)
     tail.Background(0x0000FF).ShowFrame();
     const Bytes body = tail.Body(4, 1);
     const auto length = static_cast<std::uint32_t>(Walker().Body(4, 1).size() + 8 - 2); // without the end tag
-    MoviePlayer player(ByteWriter().U8('C').U8('W').U8('S').U8(8).U32(length).Raw(Zlib(body)).bytes);
+    MoviePlayer player(ZlibMovie(body, length));
     ASSERT_TRUE(player.IsOpen());
     EXPECT_EQ(player->GetFrameCount(), 3U);
 }

@@ -2,10 +2,13 @@
 /// What the decoder asks of the renderer, and what it makes of the answer. The renderer is a scripted one.
 #include "engine/decoders/still/FlashDecoder.h"
 #include "engine/decoders/DecoderCache.h"
+#include "engine/decoders/media/MediaInfo.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -16,7 +19,7 @@ struct Script
 {
     bool canBeMade = true;
     HRESULT open = S_OK, render = S_OK;
-    double width = 550, height = 400;
+    double width = 550, height = 400, frameRate = 12.5;
     std::uint32_t renderWidth = 2, renderHeight = 1; ///< of what it delivers
     std::vector<std::uint32_t> pixels{0xFF000001U, 0xFF000002U};
 
@@ -47,8 +50,12 @@ public:
     HRESULT GetMovieInfo(tagSWFMovieInfo* pInfo) override
     {
         g_script.infoSize = pInfo->cbSize;
+        if (FAILED(g_script.open))
+            return E_FAIL;
         pInfo->dWidth = g_script.width;
         pInfo->dHeight = g_script.height;
+        pInfo->dFrameRate = g_script.frameRate;
+        pInfo->nFrameCount = 50;
         return S_OK;
     }
     void SetRenderSize(std::uint32_t width, std::uint32_t height) override
@@ -134,13 +141,17 @@ TEST_F(FlashDecoder, TakesTheMoviesOwnSizeWhenAskedTo)
     EXPECT_EQ(g_script.askedHeight, 400U);
 }
 
-TEST_F(FlashDecoder, MakesTheFrameDurationOfTheRate)
+TEST_F(FlashDecoder, MakesTheFrameDurationOfTheRateAndAsksByIt)
 {
+    g_script.width = 2;
+    g_script.height = 1;
     tagDecProp prop = Record(2);
     prop.frameRate = 25;
     prop.frameDuration = 0;
     ASSERT_TRUE(m_pDecoder->Initialize(prop));
     EXPECT_EQ(m_pDecoder->GetProperty()->frameDuration, 400'000U);
+    ASSERT_TRUE(Ask(10'000'000));
+    EXPECT_EQ(g_script.index, 25U);
 }
 
 TEST_F(FlashDecoder, AsksForTheFrameOnShowAtATime)
@@ -244,4 +255,51 @@ TEST_F(FlashDecoder, ComesFromTheCacheWhateverTheLettersCaseAndTheType)
     EXPECT_TRUE(IsDecoderFor(decoder.Get(), prop));
     EXPECT_NE(dynamic_cast<CFlashDecoder*>(decoder.Get()), nullptr);
     RemoveDecoder(L"flash");
+}
+
+// ---- the query that uses the same library --------------------------------------------------------------------------
+
+TEST_F(FlashDecoder, QueryTellsTheMoviesSizeRateAndLength)
+{
+    g_script.width = 550.9;
+    g_script.height = 0.9;
+    tagVideoInfo info;
+    EXPECT_TRUE(QMXGetVideoInfo(L"Movie.SWF", &info));
+    EXPECT_EQ(g_script.path, L"Movie.SWF");
+    EXPECT_EQ(info.nWidth, 550U);
+    EXPECT_EQ(info.nHeight, 0U);
+    EXPECT_EQ(info.dFrameRate, 12.5);
+    EXPECT_EQ(info.dDuration, 4);
+    EXPECT_EQ(g_script.infoSize, 64U);
+    EXPECT_EQ(g_script.alive, 0);
+}
+
+TEST_F(FlashDecoder, QueryHoldsSizesThatAreNone)
+{
+    for (const double side : {-1.0, 1e300, std::numeric_limits<double>::infinity(), std::nan("")})
+    {
+        g_script.width = g_script.height = side;
+        tagVideoInfo info;
+        info.nWidth = info.nHeight = 5;
+        EXPECT_TRUE(QMXGetVideoInfo(L"a.swf", &info));
+        EXPECT_EQ(info.nWidth, 0U) << side;
+        EXPECT_EQ(info.nHeight, 0U) << side;
+    }
+}
+
+TEST_F(FlashDecoder, QueryDoesNotLookWhetherTheMovieOpens)
+{
+    g_script.open = E_FAIL;
+    tagVideoInfo info;
+    EXPECT_TRUE(QMXGetVideoInfo(L"a.swf", &info));
+    EXPECT_EQ(info.nWidth, 0U);
+    EXPECT_TRUE(std::isnan(info.dDuration));
+    EXPECT_EQ(g_script.alive, 0);
+}
+
+TEST_F(FlashDecoder, QueryFailsWithoutARenderer)
+{
+    g_script.canBeMade = false;
+    tagVideoInfo info;
+    EXPECT_FALSE(QMXGetVideoInfo(L"a.swf", &info));
 }

@@ -1,0 +1,184 @@
+/// @file VideoMoviesTest.cpp
+/// Videos inside movies: the right picture at every frame, and what happens where their work is used up.
+#include "tests/companions/TestSeed.h"
+#include "tests/companions/swfrenderer/MoviePlayer.h"
+#include "tests/companions/swfrenderer/VideoMovie.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace
+{
+constexpr int kBlocks = 10, kWidth = kBlocks * 16, kHeight = 16;
+constexpr std::uint32_t kFrames = 60;
+constexpr std::uint32_t kWhite = 0xFFFFFFFFU;
+
+int LumaAt(std::uint32_t frame)
+{
+    return 21 + static_cast<int>(frame) * 3; // never 128
+}
+/// Grey of video range in full range.
+int GreyOf(int luma)
+{
+    return std::clamp((luma - 16) * 255 / 219, 0, 255);
+}
+/// A whole picture at first, then one macroblock after the other.
+Bytes PacketAt(std::uint32_t frame)
+{
+    return frame == 0 ? GreyPacket(kWidth, kHeight, LumaAt(0))
+                      : ChangePacket(kWidth, kHeight, static_cast<int>(frame % kBlocks), LumaAt(frame));
+}
+/// Brightness of every macroblock at @p frame of the video.
+std::vector<int> ExpectedAt(std::uint32_t frame)
+{
+    std::vector<int> levels(kBlocks, GreyOf(LumaAt(0)));
+    for (std::uint32_t i = 1; i <= frame; ++i)
+        levels[i % kBlocks] = GreyOf(LumaAt(i));
+    return levels;
+}
+/// The video as number 1, and nothing on the stage.
+MovieBuilder VideoMovie()
+{
+    MovieBuilder m;
+    AddVideo(m, 1, kWidth, kHeight);
+    for (std::uint32_t i = 0; i < kFrames; ++i)
+        AddVideoFrame(m, 1, i, PacketAt(i));
+    return m;
+}
+Bytes PlayingMovie()
+{
+    MovieBuilder m = VideoMovie();
+    PlaceVideo(m, 1, 1, 0).ShowFrame();
+    for (std::uint32_t i = 1; i < kFrames; ++i)
+        TurnVideo(m, 1, i).ShowFrame();
+    return m.File(kWidth, kHeight);
+}
+std::uint32_t PixelAt(const std::vector<std::uint32_t>& pixels, int block, int row = 0)
+{
+    return pixels.at(static_cast<std::size_t>((row * 16 + 8) * kWidth + block * 16 + 8));
+}
+void ExpectPicture(const std::vector<std::uint32_t>& pixels, std::uint32_t frame, int row = 0)
+{
+    const std::vector<int> levels = ExpectedAt(frame);
+    for (int block = 0; block < kBlocks; ++block)
+        EXPECT_NEAR(static_cast<int>(PixelAt(pixels, block, row) & 255), levels[static_cast<std::size_t>(block)], 2)
+            << "frame " << frame << ", block " << block << ", row " << row;
+}
+} // namespace
+
+TEST(VideosInMovies, ShowTheRightFrameInAnyOrder)
+{
+    MoviePlayer player(PlayingMovie());
+    ASSERT_TRUE(player.IsOpen());
+    for (std::uint32_t frame = 0; frame < kFrames; ++frame)
+        ExpectPicture(player.Frame(frame), frame);
+    ExpectPicture(player.Frame(kFrames + 7), 7); // the movie begins again
+    TestRandom random;
+    for (int i = 0; i < 200; ++i)
+    {
+        const std::uint32_t frame = random.Between(0, kFrames - 1);
+        ExpectPicture(player.Frame(frame), frame);
+    }
+}
+
+TEST(VideosInMovies, ShowSeveralOfTheirFramesAtOnce)
+{
+    const std::uint32_t numbers[] = {40, 7, 59, 0, 7, 65'535};
+    MovieBuilder m = VideoMovie();
+    for (std::uint32_t i = 0; i < 6; ++i)
+        PlaceVideo(m, 1, i + 1, numbers[i], 0, static_cast<int>(i) * 16);
+    const auto pixels = MoviePlayer(m.ShowFrame().File(kWidth, 6 * 16)).Frame(0);
+    ASSERT_FALSE(pixels.empty());
+    for (int row = 0; row < 6; ++row)
+        ExpectPicture(pixels, std::min(numbers[row], kFrames - 1), row);
+}
+
+TEST(VideosInMovies, StandStillWhereTheirWorkIsUsedUpHoweverAFrameIsReached)
+{
+    swf::Budget budget;
+    budget.videoWork = 800'000; // enough for the beginning
+    const Bytes file = PlayingMovie();
+    MoviePlayer forth(file, budget), back(file, budget);
+    std::vector<std::vector<std::uint32_t>> pictures;
+    for (std::uint32_t frame = 0; frame < kFrames; ++frame)
+        pictures.push_back(forth.Frame(frame));
+    std::uint32_t last = 0; // that could be reached
+    while (last + 1 < kFrames && pictures[last + 1] != pictures[last])
+        ++last;
+    EXPECT_GT(last, 5U);
+    EXPECT_LT(last, kFrames - 5);
+    for (std::uint32_t frame = 0; frame < kFrames; ++frame)
+        ExpectPicture(pictures[frame], std::min(frame, last));
+    for (std::uint32_t frame = kFrames; frame-- > 0;)
+        EXPECT_EQ(back.Frame(frame), pictures[frame]) << frame;
+    for (std::uint32_t frame = 0; frame < kFrames; frame += 13)
+        EXPECT_EQ(MoviePlayer(file, budget).Frame(frame), pictures[frame]) << frame;
+}
+
+TEST(VideosInMovies, AreNotShownWithoutWorkForThem)
+{
+    swf::Budget budget;
+    budget.videoWork = 0;
+    const auto pixels = MoviePlayer(PlayingMovie(), budget).Frame(5);
+    EXPECT_EQ(static_cast<std::size_t>(std::count(pixels.begin(), pixels.end(), kWhite)), pixels.size());
+}
+
+TEST(VideosInMovies, KeepThePictureTheyHaveWhereSeekingBackCostsTooMuch)
+{
+    MovieBuilder m = VideoMovie();
+    for (std::uint32_t i = 0; i < 4; ++i)
+        PlaceVideo(m, 1, i + 1, i % 2 == 0 ? 10 : 5, 0, static_cast<int>(i) * 16);
+    swf::Budget budget;
+    budget.videoWork = 1'200'000; // there, back, and not once more
+    const Bytes file = m.ShowFrame().File(kWidth, 4 * 16);
+    const auto pixels = MoviePlayer(file, budget).Frame(0);
+    ASSERT_FALSE(pixels.empty());
+    ExpectPicture(pixels, 10, 0);
+    ExpectPicture(pixels, 5, 1);
+    ExpectPicture(pixels, 10, 2); // on from 5
+    ExpectPicture(pixels, 10, 3);
+}
+
+TEST(VideosInMovies, AreEightAtOnceInEveryFrame)
+{
+    constexpr std::uint32_t kStreams = 12;
+    MovieBuilder m;
+    for (std::uint32_t id = 1; id <= kStreams; ++id)
+        AddVideoFrame(AddVideo(m, id, kWidth, kHeight), id, 0, GreyPacket(kWidth, kHeight, 20 + static_cast<int>(id)));
+    for (std::uint32_t id = 1; id <= kStreams; ++id)
+        PlaceVideo(m, id, id, 0, 0, static_cast<int>(id - 1) * 16);
+    m.ShowFrame();
+    for (std::uint32_t depth = 1; depth <= 8; ++depth) // those behind them come into view
+        m.Tag(28, ByteWriter().U16(depth).bytes);
+    m.ShowFrame();
+    MoviePlayer player(m.File(kWidth, kStreams * 16));
+    for (const std::uint32_t frame : {0U, 1U, 0U})
+    {
+        const auto pixels = player.Frame(frame);
+        ASSERT_FALSE(pixels.empty());
+        for (int row = 0; row < static_cast<int>(kStreams); ++row)
+            if ((row < 8) == (frame == 0))
+                EXPECT_NEAR(static_cast<int>(PixelAt(pixels, 0, row) & 255), GreyOf(21 + row), 2)
+                    << frame << ' ' << row;
+            else
+                EXPECT_EQ(PixelAt(pixels, 0, row), kWhite) << frame << ' ' << row;
+    }
+}
+
+TEST(VideosInMovies, LeaveOutPicturesLargerThanTheStreamAndThoseThatAreBroken)
+{
+    MovieBuilder m;
+    AddVideo(m, 1, kWidth, kHeight);
+    AddVideoFrame(m, 1, 0, GreyPacket(kWidth, kHeight, 60));
+    AddVideoFrame(m, 1, 1, GreyPacket(kWidth * 4, kHeight * 4, 90));
+    AddVideoFrame(m, 1, 2, Bytes{1, 2, 3});
+    PlaceVideo(m, 1, 1, 0).ShowFrame();
+    TurnVideo(m, 1, 1).ShowFrame();
+    TurnVideo(m, 1, 2).ShowFrame();
+    MoviePlayer player(m.File(kWidth, kHeight));
+    testing::internal::CaptureStderr();
+    for (const std::uint32_t frame : {2U, 0U, 1U})
+        EXPECT_NEAR(static_cast<int>(PixelAt(player.Frame(frame), 3) & 255), GreyOf(60), 2) << frame;
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
