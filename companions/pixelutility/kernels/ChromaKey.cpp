@@ -12,7 +12,7 @@ namespace qmx::kernels
 {
 namespace HWY_NAMESPACE
 {
-#if HWY_TARGET == HWY_SCALAR
+#if HWY_TARGET == HWY_SCALAR || HWY_HAVE_SCALABLE
 void Key(const ChromaKeyRule& rule, std::uint8_t* pPixels, const std::uint8_t* pBackground, std::size_t count)
 {
     KeyBgraScalar(rule, pPixels, pBackground, count);
@@ -24,17 +24,15 @@ namespace hn = hwy::HWY_NAMESPACE;
 // and the result would differ between processors.
 using Floats = hn::CappedTag<float, 16>;
 using Ints = hn::RebindToSigned<Floats>;
+using Words = hn::RebindToUnsigned<Floats>;
+using Halves = hn::Repartition<std::int16_t, Floats>;
 using FloatVector = hn::Vec<Floats>;
-using IntVector = hn::Vec<Ints>;
+using WordVector = hn::Vec<Words>;
+using HalfVector = hn::Vec<Halves>;
 
 HWY_INLINE FloatVector Splat(float value)
 {
     return hn::Set(Floats(), value);
-}
-
-HWY_INLINE FloatVector Clamp(FloatVector value, float least, float most)
-{
-    return hn::Min(hn::Max(value, Splat(least)), Splat(most));
 }
 
 struct Pixels
@@ -42,95 +40,115 @@ struct Pixels
     FloatVector blue;
     FloatVector green;
     FloatVector red;
-    FloatVector alpha;
+    WordVector alpha; ///< levels
 };
+
+HWY_INLINE FloatVector ToFloat(WordVector level)
+{
+    return hn::ConvertTo(Floats(), hn::BitCast(Ints(), level));
+}
 
 HWY_INLINE Pixels LoadPixels(const std::uint8_t* p)
 {
-    const Floats d;
-    const hn::RebindToUnsigned<Floats> dWords;
     const hn::Repartition<std::uint8_t, Floats> dBytes;
-    const auto words = hn::BitCast(dWords, hn::LoadU(dBytes, p));
-    const auto byte = hn::Set(dWords, 0xFFU);
-    return {hn::ConvertTo(d, hn::BitCast(Ints(), hn::And(words, byte))),
-            hn::ConvertTo(d, hn::BitCast(Ints(), hn::And(hn::ShiftRight<8>(words), byte))),
-            hn::ConvertTo(d, hn::BitCast(Ints(), hn::And(hn::ShiftRight<16>(words), byte))),
-            hn::ConvertTo(d, hn::BitCast(Ints(), hn::ShiftRight<24>(words)))};
+    const auto words = hn::BitCast(Words(), hn::LoadU(dBytes, p));
+    const auto byte = hn::Set(Words(), 0xFFU);
+    return {ToFloat(hn::And(words, byte)), ToFloat(hn::And(hn::ShiftRight<8>(words), byte)),
+            ToFloat(hn::And(hn::ShiftRight<16>(words), byte)), hn::ShiftRight<24>(words)};
 }
 
-HWY_INLINE IntVector Rounded(FloatVector value)
+/// The nearest whole number in the lower half of each word. Between 2^23 and 2^24 floats are whole numbers, so the
+/// addition rounds, and above this one the lower bits count from 0, below it in two's complement. |value| < 2^15.
+HWY_INLINE WordVector Rounded(FloatVector value)
 {
-    return hn::ConvertTo(Ints(), hn::Add(value, Splat(0.5F)));
+    constexpr float kThreeHalvesOf2To23 = 12'582'912.0F;
+    return hn::BitCast(Words(), hn::Add(value, Splat(kThreeHalvesOf2To23)));
 }
 
-HWY_INLINE void StorePixels(IntVector blue, IntVector green, IntVector red, IntVector alpha, std::uint8_t* p)
+/// Lower halves of two vectors of words, side by side and cut to bytes.
+HWY_INLINE WordVector BytesOf(WordVector low, WordVector high)
+{
+    const HalfVector halves = hn::BitCast(Halves(), hn::OrAnd(hn::ShiftLeft<16>(high), low, hn::Set(Words(), 0xFFFFU)));
+    const HalfVector cut = hn::Min(hn::Max(halves, hn::Zero(Halves())), hn::Set(Halves(), 255));
+    return hn::BitCast(Words(), cut);
+}
+
+/// Each in the lower halves of its words.
+HWY_INLINE void StorePixels(WordVector blue, WordVector green, WordVector red, WordVector alpha, std::uint8_t* p)
 {
     const hn::Repartition<std::uint8_t, Floats> dBytes;
-    const IntVector low = hn::Or(blue, hn::ShiftLeft<8>(green));
-    const IntVector high = hn::Or(hn::ShiftLeft<16>(red), hn::ShiftLeft<24>(alpha));
-    hn::StoreU(hn::BitCast(dBytes, hn::Or(low, high)), dBytes, p);
+    const WordVector pixels = hn::Or(BytesOf(blue, red), hn::ShiftLeft<8>(BytesOf(green, alpha)));
+    hn::StoreU(hn::BitCast(dBytes, pixels), dBytes, p);
 }
 
-HWY_INLINE FloatVector Chroma(const Pixels& pixels, float blue, float green, float red)
+HWY_INLINE FloatVector On(const ChromaAxis& axis, const Pixels& pixels)
 {
-    return hn::Add(hn::Add(hn::Mul(pixels.blue, Splat(blue)), hn::Mul(pixels.green, Splat(green))),
-                   hn::Mul(pixels.red, Splat(red)));
+    return hn::Add(hn::Add(hn::Mul(pixels.blue, Splat(axis.blue)), hn::Mul(pixels.green, Splat(axis.green))),
+                   hn::Mul(pixels.red, Splat(axis.red)));
 }
 
-HWY_INLINE FloatVector WithoutSpill(FloatVector level, FloatVector along, float spill)
+HWY_INLINE WordVector Mix(FloatVector front, FloatVector back, FloatVector share)
 {
-    return Clamp(hn::Sub(level, hn::Mul(along, Splat(spill))), 0.0F, 255.0F);
+    const FloatVector level = hn::Min(hn::Max(front, Splat(0.0F)), Splat(255.0F));
+    return Rounded(hn::Add(back, hn::Mul(hn::Sub(level, back), share)));
 }
 
-HWY_INLINE IntVector Mix(FloatVector front, FloatVector back, FloatVector share)
-{
-    return Rounded(hn::Add(back, hn::Mul(hn::Sub(front, back), share)));
-}
-
+template <bool kHasBackground>
 HWY_INLINE void KeyBlock(const ChromaKeyRule& rule, std::uint8_t* p, const std::uint8_t* pBackground)
 {
     Pixels pixels = LoadPixels(p);
-    const FloatVector cb = Chroma(pixels, ChromaWeights::cbBlue, ChromaWeights::cbGreen, ChromaWeights::cbRed);
-    const FloatVector cr = Chroma(pixels, ChromaWeights::crBlue, ChromaWeights::crGreen, ChromaWeights::crRed);
-    const FloatVector fromCb = hn::Sub(cb, Splat(rule.keyCb));
-    const FloatVector fromCr = hn::Sub(cr, Splat(rule.keyCr));
-    const FloatVector distance = hn::Sqrt(hn::Add(hn::Mul(fromCb, fromCb), hn::Mul(fromCr, fromCr)));
-    const FloatVector kept = Clamp(hn::Mul(hn::Sub(distance, Splat(rule.similarity)), Splat(rule.slope)), 0.0F, 1.0F);
-    const FloatVector along =
-        hn::Max(hn::Add(hn::Mul(cb, Splat(rule.directionCb)), hn::Mul(cr, Splat(rule.directionCr))), Splat(0.0F));
-    pixels.blue = WithoutSpill(pixels.blue, along, rule.spillBlue);
-    pixels.green = WithoutSpill(pixels.green, along, rule.spillGreen);
-    pixels.red = WithoutSpill(pixels.red, along, rule.spillRed);
-    const FloatVector alpha = hn::Mul(pixels.alpha, kept);
-    if (!pBackground)
-    {
+    const FloatVector along = On(rule.along, pixels);
+    const FloatVector fromAlong = hn::Sub(along, Splat(rule.keyAlong));
+    const FloatVector fromAcross = hn::Sub(On(rule.across, pixels), Splat(rule.keyAcross));
+    const FloatVector distance = hn::Sqrt(hn::Add(hn::Mul(fromAlong, fromAlong), hn::Mul(fromAcross, fromAcross)));
+    const FloatVector ramp = hn::Mul(hn::Sub(distance, Splat(rule.similarity)), Splat(rule.slope));
+    const FloatVector kept = hn::Min(hn::Max(ramp, Splat(0.0F)), Splat(1.0F));
+    const FloatVector excess = hn::Max(along, Splat(0.0F));
+    pixels.blue = hn::Sub(pixels.blue, hn::Mul(excess, Splat(rule.spillBlue)));
+    pixels.green = hn::Sub(pixels.green, hn::Mul(excess, Splat(rule.spillGreen)));
+    pixels.red = hn::Sub(pixels.red, hn::Mul(excess, Splat(rule.spillRed)));
+    const FloatVector alpha = hn::Mul(ToFloat(pixels.alpha), kept);
+    if constexpr (!kHasBackground)
         StorePixels(Rounded(pixels.blue), Rounded(pixels.green), Rounded(pixels.red), Rounded(alpha), p);
-        return;
+    else
+    {
+        const Pixels back = LoadPixels(pBackground);
+        const FloatVector share = hn::Mul(alpha, Splat(1.0F / 255.0F));
+        StorePixels(Mix(pixels.blue, back.blue, share), Mix(pixels.green, back.green, share),
+                    Mix(pixels.red, back.red, share), hn::Set(Words(), 255U), p);
     }
-    const Pixels back = LoadPixels(pBackground);
-    const FloatVector share = hn::Mul(alpha, Splat(1.0F / 255.0F));
-    StorePixels(Mix(pixels.blue, back.blue, share), Mix(pixels.green, back.green, share),
-                Mix(pixels.red, back.red, share), hn::Set(Ints(), 255), p);
 }
 
-void Key(const ChromaKeyRule& rule, std::uint8_t* pPixels, const std::uint8_t* pBackground, std::size_t count)
+template <bool kHasBackground>
+HWY_INLINE void KeyRow(const ChromaKeyRule& rule, std::uint8_t* pPixels, const std::uint8_t* pBackground,
+                       std::size_t count)
 {
     const std::size_t step = hn::Lanes(Floats());
     std::size_t i = 0;
     for (; i + step <= count; i += step)
-        KeyBlock(rule, pPixels + i * 4, pBackground ? pBackground + i * 4 : nullptr);
+        KeyBlock<kHasBackground>(rule, pPixels + i * 4, kHasBackground ? pBackground + i * 4 : nullptr);
     if (i == count)
         return;
     HWY_ALIGN std::uint8_t pixels[hn::MaxLanes(Floats()) * 4] = {};
     HWY_ALIGN std::uint8_t background[hn::MaxLanes(Floats()) * 4] = {};
     const std::size_t cb = (count - i) * 4;
     std::memcpy(pixels, pPixels + i * 4, cb);
-    if (pBackground)
+    if constexpr (kHasBackground)
         std::memcpy(background, pBackground + i * 4, cb);
-    KeyBlock(rule, pixels, pBackground ? background : nullptr);
+    KeyBlock<kHasBackground>(rule, pixels, background);
     std::memcpy(pPixels + i * 4, pixels, cb);
 }
-#endif // HWY_SCALAR
+
+void Key(const ChromaKeyRule& rule, std::uint8_t* pPixels, const std::uint8_t* pBackground, std::size_t count)
+{
+    // A copy of the rule: through the reference the compiler could not tell it from the pixels that are written.
+    const ChromaKeyRule own = rule;
+    if (pBackground)
+        KeyRow<true>(own, pPixels, pBackground, count);
+    else
+        KeyRow<false>(own, pPixels, nullptr, count);
+}
+#endif // HWY_SCALAR, HWY_HAVE_SCALABLE
 } // namespace HWY_NAMESPACE
 } // namespace qmx::kernels
 HWY_AFTER_NAMESPACE();

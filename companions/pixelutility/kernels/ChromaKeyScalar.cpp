@@ -20,14 +20,9 @@ struct Pixel
 };
 
 // Sums in the order of the kernel's: floating-point sums depend on it.
-float CbOf(const Pixel& p)
+float On(const ChromaAxis& axis, const Pixel& p)
 {
-    return p.blue * ChromaWeights::cbBlue + p.green * ChromaWeights::cbGreen + p.red * ChromaWeights::cbRed;
-}
-
-float CrOf(const Pixel& p)
-{
-    return p.blue * ChromaWeights::crBlue + p.green * ChromaWeights::crGreen + p.red * ChromaWeights::crRed;
+    return p.blue * axis.blue + p.green * axis.green + p.red * axis.red;
 }
 
 float Level(float value)
@@ -35,26 +30,24 @@ float Level(float value)
     return std::min(std::max(value, 0.0F), 255.0F);
 }
 
-/// Halves upwards, as the kernel rounds. Levels are not negative.
+/// To the nearest, halves to the even one; what lies outside a byte is cut.
 std::uint8_t Rounded(float level)
 {
-    constexpr float kHalf = 0.5F;
-    return static_cast<std::uint8_t>(level + kHalf);
+    return static_cast<std::uint8_t>(std::clamp(std::nearbyint(level), 0.0F, 255.0F));
 }
 
 void KeyPixel(const ChromaKeyRule& rule, std::uint8_t* p, const std::uint8_t* pBackground)
 {
     Pixel pixel{static_cast<float>(p[0]), static_cast<float>(p[1]), static_cast<float>(p[2])};
-    const float cb = CbOf(pixel);
-    const float cr = CrOf(pixel);
-    const float fromCb = cb - rule.keyCb;
-    const float fromCr = cr - rule.keyCr;
-    const float distance = std::sqrt(fromCb * fromCb + fromCr * fromCr);
+    const float along = On(rule.along, pixel);
+    const float fromAlong = along - rule.keyAlong;
+    const float fromAcross = On(rule.across, pixel) - rule.keyAcross;
+    const float distance = std::sqrt(fromAlong * fromAlong + fromAcross * fromAcross);
     const float kept = std::min(std::max((distance - rule.similarity) * rule.slope, 0.0F), 1.0F);
-    const float along = std::max(cb * rule.directionCb + cr * rule.directionCr, 0.0F);
-    pixel.blue = Level(pixel.blue - along * rule.spillBlue);
-    pixel.green = Level(pixel.green - along * rule.spillGreen);
-    pixel.red = Level(pixel.red - along * rule.spillRed);
+    const float excess = std::max(along, 0.0F);
+    pixel.blue -= excess * rule.spillBlue;
+    pixel.green -= excess * rule.spillGreen;
+    pixel.red -= excess * rule.spillRed;
 
     const float alpha = static_cast<float>(p[3]) * kept;
     if (!pBackground)
@@ -69,12 +62,26 @@ void KeyPixel(const ChromaKeyRule& rule, std::uint8_t* p, const std::uint8_t* pB
     const auto mix = [share](float front, std::uint8_t back)
     {
         const auto level = static_cast<float>(back);
-        return Rounded(level + (front - level) * share);
+        return Rounded(level + (Level(front) - level) * share);
     };
     p[0] = mix(pixel.blue, pBackground[0]);
     p[1] = mix(pixel.green, pBackground[1]);
     p[2] = mix(pixel.red, pBackground[2]);
     p[3] = 255;
+}
+
+// Luma weights of Rec. ITU-R BT.709.
+constexpr double kRed = 0.2126;
+constexpr double kBlue = 0.0722;
+constexpr double kGreen = 1.0 - kRed - kBlue;
+
+/// @p cb Cb + @p cr Cr
+ChromaAxis AxisOf(double cb, double cr)
+{
+    const double ofCb = cb * 0.5 / (1.0 - kBlue) / 255.0;
+    const double ofCr = cr * 0.5 / (1.0 - kRed) / 255.0;
+    return {static_cast<float>(ofCb * (1.0 - kBlue) - ofCr * kBlue), static_cast<float>(-(ofCb + ofCr) * kGreen),
+            static_cast<float>(ofCr * (1.0 - kRed) - ofCb * kRed)};
 }
 } // namespace
 
@@ -82,23 +89,29 @@ ChromaKeyRule MakeChromaKeyRule(const std::uint8_t* pKeyColor, double similarity
 {
     const Pixel key{static_cast<float>(pKeyColor[0]), static_cast<float>(pKeyColor[1]),
                     static_cast<float>(pKeyColor[2])};
+    const double cb = On(AxisOf(1, 0), key);
+    const double cr = On(AxisOf(0, 1), key);
+    const double length = std::hypot(cb, cr);
+    constexpr double kGrey = 0.5 / 255.0; // half a level: less is rounding
+    const bool isGrey = length <= kGrey;
+    const double directionCb = isGrey ? 1 : cb / length;
+    const double directionCr = isGrey ? 0 : cr / length;
+
     ChromaKeyRule rule;
-    rule.keyCb = CbOf(key);
-    rule.keyCr = CrOf(key);
+    rule.along = AxisOf(directionCb, directionCr);
+    rule.across = AxisOf(-directionCr, directionCb);
+    rule.keyAlong = On(rule.along, key);
+    rule.keyAcross = On(rule.across, key);
     rule.similarity = UnitRange(similarity);
     // Without a ramp the first distance above the similarity is kept fully.
     rule.slope = 1.0F / std::max(UnitRange(smoothness), 1e-9F);
-    const float length = std::hypot(rule.keyCb, rule.keyCr);
-    constexpr float kGrey = 0.5F / 255.0F; // half a level: less is rounding
-    if (length > kGrey)
+    if (!isGrey)
     {
-        rule.directionCb = rule.keyCb / length;
-        rule.directionCr = rule.keyCr / length;
         // One unit of Cb is 2 (1 - Kb) of blue, one of Cr is 2 (1 - Kr) of red; green keeps the luma where it is.
         const double levels = 255.0 * UnitRange(spill);
-        const double blue = 2.0 * (1.0 - ChromaWeights::kBlue) * rule.directionCb;
-        const double red = 2.0 * (1.0 - ChromaWeights::kRed) * rule.directionCr;
-        const double green = -(ChromaWeights::kBlue * blue + ChromaWeights::kRed * red) / ChromaWeights::kGreen;
+        const double blue = 2.0 * (1.0 - kBlue) * directionCb;
+        const double red = 2.0 * (1.0 - kRed) * directionCr;
+        const double green = -(kBlue * blue + kRed * red) / kGreen;
         rule.spillBlue = static_cast<float>(levels * blue);
         rule.spillGreen = static_cast<float>(levels * green);
         rule.spillRed = static_cast<float>(levels * red);
