@@ -2,13 +2,17 @@
 
 #include "host/commands/AudioCommand.h"
 #include "host/commands/CheckEffectCommand.h"
+#include "host/commands/ExportCommand.h"
 #include "host/commands/FrameCommand.h"
 #include "host/commands/HashCommand.h"
+#include "host/commands/ImportCommand.h"
 #include "host/commands/InfoCommand.h"
 #include "host/commands/PackCameraCommand.h"
 #include "host/commands/RenderCommand.h"
 #include "host/commands/SheetCommand.h"
+#include "host/commands/ThumbnailCommand.h"
 #include "host/output/ContactSheet.h"
+#include "host/project/Project.h"
 #include "host/system/Platform.h"
 #include "host/system/StandardOutput.h"
 
@@ -50,6 +54,10 @@ struct Options
     InfoOptions info;
     CheckEffectOptions checkEffect;
     PackCameraOptions packCamera;
+    ThumbnailOptions thumbnail;
+    ImportCommandOptions imports;
+    ExportCommandOptions exports;
+    std::string report;
 };
 
 void AddProgress(CLI::App& command, Options& options)
@@ -126,6 +134,17 @@ CLI::App* AddInfo(CLI::App& app, Options& options)
     return pCommand;
 }
 
+CLI::App* AddThumbnail(CLI::App& app, Options& options)
+{
+    CLI::App* const pCommand = app.add_subcommand("thumbnail", "Write a small picture of a media file as a PNG file");
+    pCommand->add_option("FILE", options.thumbnail.file, "Media file, or the name of a camera recording")
+        ->required()
+        ->type_name("");
+    pCommand->add_option("--at", options.thumbnail.at, "Time in the file")->capture_default_str()->type_name("SECONDS");
+    AddOutput(*pCommand, options.thumbnail.output, "PNG file to write");
+    return pCommand;
+}
+
 CLI::App* AddCheckEffect(CLI::App& app, Options& options)
 {
     CLI::App* const pCommand =
@@ -157,6 +176,42 @@ CLI::App* AddPackCamera(CLI::App& app, Options& options)
     return pCommand;
 }
 
+void AddReport(CLI::App& command, Options& options)
+{
+    command
+        .add_option("--report", options.report,
+                    "json: what could not be carried over as a JSON list on standard output instead of lines on "
+                    "standard error")
+        ->check(CLI::IsMember({"json"}));
+}
+
+CLI::App* AddImport(CLI::App& app, Options& options)
+{
+    CLI::App* const pCommand = app.add_subcommand("import", "Make a project of an OpenTimelineIO file");
+    ImportCommandOptions& imports = options.imports;
+    pCommand->add_option("FILE", imports.timeline, "Timeline file, *.otio")->required()->type_name("");
+    AddOutput(*pCommand, imports.output, "Project file to write, *.json");
+    const CLI::Range sides(1U, kMaxCanvasSide);
+    pCommand->add_option("--width", imports.width, "Canvas in pixels; otherwise what the file or its first media say")
+        ->check(sides);
+    pCommand->add_option("--height", imports.height, "Likewise")->check(sides);
+    pCommand
+        ->add_option("--frame-rate", imports.frameRate,
+                     "Frames per second, like 25 or 30000/1001; otherwise what the file or its first media say")
+        ->type_name("RATE");
+    AddReport(*pCommand, options);
+    return pCommand;
+}
+
+CLI::App* AddExport(CLI::App& app, Options& options)
+{
+    CLI::App* const pCommand = app.add_subcommand("export", "Write a project as an OpenTimelineIO file");
+    AddProject(*pCommand, options.exports.project);
+    AddOutput(*pCommand, options.exports.output, "Timeline file to write, *.otio");
+    AddReport(*pCommand, options);
+    return pCommand;
+}
+
 ProgressMode ModeOf(const Options& options)
 {
     if (!options.progress.empty())
@@ -179,7 +234,10 @@ ExitCode RunCommandLine(int count, const char* const* arguments)
     const CLI::App* const pAudio = AddAudio(app, options);
     const CLI::App* const pPackCamera = AddPackCamera(app, options);
     AddInfo(app, options);
+    const CLI::App* const pThumbnail = AddThumbnail(app, options);
     const CLI::App* const pCheckEffect = AddCheckEffect(app, options);
+    const CLI::App* const pImport = AddImport(app, options);
+    const CLI::App* const pExport = AddExport(app, options);
     try
     {
         app.parse(count, arguments);
@@ -210,8 +268,20 @@ ExitCode RunCommandLine(int count, const char* const* arguments)
         RunHash(options.hash);
     else if (pCheckEffect->parsed())
         return RunCheckEffect(options.checkEffect);
+    else if (pThumbnail->parsed())
+        RunThumbnail(options.thumbnail);
     else if (pAudio->parsed())
         RunAudio(options.audio);
+    else if (pImport->parsed())
+    {
+        options.imports.jsonReport = !options.report.empty();
+        RunImport(options.imports);
+    }
+    else if (pExport->parsed())
+    {
+        options.exports.jsonReport = !options.report.empty();
+        RunExport(options.exports);
+    }
     else
         return RunInfo(options.info);
     return ExitCode::Done;

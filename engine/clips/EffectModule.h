@@ -21,8 +21,8 @@ public:
     /// @return false when there is none; a library without the entry point is held, and cannot be applied
     /// @throw std::bad_alloc
     bool Load(const std::wstring& name);
-    void Free();
-    bool CanApply() const { return m_pApply != nullptr; }
+    void Free(); ///< unloads the module that is held; its entry point is gone with it
+    bool CanApply() const { return m_pApply != nullptr; } ///< a module with the entry point is held
     /// Runs the module's effect. CanApply() must hold.
     void Apply(const tagTxEffectParam& param) const { m_pApply(&param); }
 

@@ -14,7 +14,7 @@ class IDecoder;
 class QMX_API CQMXBaseClip : public IQMXBaseClip
 {
 public:
-    explicit CQMXBaseClip(const QMXClipType& type);
+    explicit CQMXBaseClip(const QMXClipType& type); ///< of the kind @p type; a track ID of all ones, everything else 0
     ~CQMXBaseClip() override; ///< frees the sound buffer; decoders are given back by the derived classes
     CQMXBaseClip(const CQMXBaseClip&) = delete;
     CQMXBaseClip& operator=(const CQMXBaseClip&) = delete;
@@ -54,19 +54,19 @@ protected:
     /// Copies every field of @p request but audioParams into the render copy.
     void KeepRequest(const tagRenderProp& request);
 
-    QMXClipType m_clipType;
-    std::wstring m_strFilePath;
-    std::uint64_t m_nInPoint = 0;
-    std::uint64_t m_nStartTime = 0;
-    std::uint64_t m_nDuration = 0;
-    IDecoder* m_pVideoDecoder = nullptr;     // owns one reference while the clip is open; given back by derived classes
-    CAudioDecoder* m_pAudioSource = nullptr; // owned by the clips that have sound
-    bool m_bSilent = true;                   ///< silence is delivered instead of decoded sound
-    std::uint8_t* m_pAudioBuffer = nullptr;  // owned, malloc's: the block the audio decoder delivered last
-    std::uint32_t m_cbAudioCapacity = 0;     ///< bytes of that block
-    std::uint32_t m_cbAudioHeld = 0;         ///< valid bytes in it
-    std::uint64_t m_nAudioReadPosition = 0;  ///< bytes of it already handed out
-    tagRenderProp m_renderCopy;              ///< the last request given to Open() and OpenAudio()
-    std::uint64_t m_nTrackID = kTimeUnlimited;
-    std::uint64_t m_nDocumentID = 0;
+    QMXClipType m_clipType;              ///< what GetClipType() answers
+    std::wstring m_strFilePath;          ///< media file; empty for generated content
+    std::uint64_t m_nInPoint = 0;        ///< 100 ns: source time of the first frame
+    std::uint64_t m_nStartTime = 0;      ///< 100 ns: timeline time of the first frame
+    std::uint64_t m_nDuration = 0;       ///< 100 ns
+    IDecoder* m_pVideoDecoder = nullptr; ///< owns one reference while the clip is open; given back by derived classes
+    CAudioDecoder* m_pAudioSource = nullptr;   ///< owned by the clips that have sound
+    bool m_bSilent = true;                     ///< silence is delivered instead of decoded sound
+    std::uint8_t* m_pAudioBuffer = nullptr;    ///< owned, malloc's: the block the audio decoder delivered last
+    std::uint32_t m_cbAudioCapacity = 0;       ///< bytes of that block
+    std::uint32_t m_cbAudioHeld = 0;           ///< valid bytes in it
+    std::uint64_t m_nAudioReadPosition = 0;    ///< bytes of it already handed out
+    tagRenderProp m_renderCopy;                ///< the last request given to Open() and OpenAudio()
+    std::uint64_t m_nTrackID = kTimeUnlimited; ///< all ones: none yet
+    std::uint64_t m_nDocumentID = 0;           ///< stamped by the track
 };

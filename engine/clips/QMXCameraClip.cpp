@@ -48,7 +48,7 @@ bool CQMXCameraClip::GetVideoFrame(std::uint64_t time, FrameResult* out)
         return false;
     out->frame = nullptr;
     SampleBufferPtr frame;
-    if (ShowsAttachment())
+    if (m_attachment.IsShown(m_renderCopy.flags))
     {
         frame = GetAttachedFrame();
         if (!frame)

@@ -103,26 +103,14 @@ bool CQMXImageClip::Close()
     return true;
 }
 
-/// True when the pictures are those of the attached clip.
-bool CQMXImageClip::ShowsAttachment()
-{
-    if ((m_renderCopy.flags & kRequestNoAttachment) != 0 || m_pAttachment == nullptr || m_bAskingAttachment)
-        return false;
-    m_bAskingAttachment = true; // two clips attached to each other have no pictures
-    const bool opened = m_pAttachment->IsVideoOpened();
-    m_bAskingAttachment = false;
-    return opened;
-}
-
 bool CQMXImageClip::IsVideoOpened()
 {
-    return m_pVideoDecoder != nullptr || ShowsAttachment();
+    return m_pVideoDecoder != nullptr || m_attachment.IsShown(m_renderCopy.flags);
 }
 
 void CQMXImageClip::SetAttachment(int index, IQMXBaseClip* clip)
 {
-    if (index == 0)
-        m_pAttachment = clip;
+    m_attachment.Set(index, clip);
 }
 
 // ---- frames ------------------------------------------------------------------------------------------------------
@@ -137,9 +125,9 @@ bool CQMXImageClip::GetVideoFrame(std::uint64_t time, FrameResult* out)
     if (out == nullptr)
         return false;
     out->frame = nullptr;
-    if (ShowsAttachment())
+    if (m_attachment.IsShown(m_renderCopy.flags))
     {
-        out->frame = m_pAttachment->GetLastFrame();
+        out->frame = m_attachment.LastFrame().Detach();
         return out->frame != nullptr;
     }
     if (m_pVideoDecoder == nullptr)

@@ -2,6 +2,7 @@
 /// A clip that shows a still picture or an animated GIF.
 #pragma once
 
+#include "engine/clips/Attachment.h"
 #include "engine/clips/QMXBaseClip.h"
 #include "engine/decoders/DecoderProp.h"
 
@@ -22,8 +23,7 @@ public:
     bool Open(const tagRenderProp& request) override;
     /// The result's flag tells that @p time lies outside the clip's span.
     /// @return true also when there is no picture (the result then holds null); false for a null @p out, for a clip
-    /// that
-    ///         is not open, or when an attached clip has no picture.
+    ///         that is not open, or when an attached clip has no picture.
     bool GetVideoFrame(std::uint64_t time, FrameResult* out) override;
     bool Close() override;
     bool IsVideoOpened() override;
@@ -37,10 +37,8 @@ private:
     tagDecProp MakeDecoderProp(const tagRenderProp& request);
     bool OpenSharedDecoder();
     void ReleaseDecoder();
-    bool ShowsAttachment();
 
     std::uint32_t m_nRotation = 0;
-    IQMXBaseClip* m_pAttachment = nullptr; // borrowed
-    tagDecProp m_decoderProp;         ///< what this clip asks of its decoder; another clip's may stand in a shared one
-    bool m_bAskingAttachment = false; ///< set while the attached clip is asked, so that a ring of clips ends
+    CAttachment m_attachment;
+    tagDecProp m_decoderProp; ///< what this clip asks of its decoder; another clip's may stand in a shared one
 };

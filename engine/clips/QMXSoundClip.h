@@ -9,7 +9,7 @@
 class QMX_API CQMXSoundClip : public CQMXBaseClip
 {
 public:
-    explicit CQMXSoundClip(const QMXClipType& type);
+    explicit CQMXSoundClip(const QMXClipType& type); ///< @copydoc CQMXBaseClip::CQMXBaseClip()
     ~CQMXSoundClip() override;
 
     /// Opens the file for reading from the timeline time in the request's audioParams on. @return true, whatever the

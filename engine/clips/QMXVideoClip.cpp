@@ -98,7 +98,7 @@ bool CQMXVideoClip::Open(const tagRenderProp& request)
         return false;
     Close(); // a clip that is opened twice gives the first decoder back
     KeepRequest(request);
-    if (ShowsAttachment())
+    if (m_attachment.IsShown(m_renderCopy.flags))
     {
         if (m_bTransparentColor)
             PrepareBackground(request.width, request.height);
@@ -139,26 +139,14 @@ bool CQMXVideoClip::Close()
     return true;
 }
 
-/// True when the pictures are those of the attached clip.
-bool CQMXVideoClip::ShowsAttachment()
-{
-    if ((m_renderCopy.flags & kRequestNoAttachment) != 0 || m_pAttachment == nullptr || m_bAskingAttachment)
-        return false;
-    m_bAskingAttachment = true; // two clips attached to each other have no pictures
-    const bool opened = m_pAttachment->IsVideoOpened();
-    m_bAskingAttachment = false;
-    return opened;
-}
-
 bool CQMXVideoClip::IsVideoOpened()
 {
-    return m_pVideoDecoder != nullptr || ShowsAttachment();
+    return m_pVideoDecoder != nullptr || m_attachment.IsShown(m_renderCopy.flags);
 }
 
 void CQMXVideoClip::SetAttachment(int index, IQMXBaseClip* clip)
 {
-    if (index == 0)
-        m_pAttachment = clip;
+    m_attachment.Set(index, clip);
 }
 
 // ---- frames ------------------------------------------------------------------------------------------------------
@@ -178,7 +166,7 @@ bool CQMXVideoClip::GetVideoFrame(std::uint64_t time, FrameResult* out)
     if (out == nullptr)
         return false;
     out->frame = nullptr;
-    if (ShowsAttachment())
+    if (m_attachment.IsShown(m_renderCopy.flags))
     {
         out->frame = GetAttachedFrame().Detach();
         return out->frame != nullptr;
@@ -211,7 +199,7 @@ std::uint64_t CQMXVideoClip::AttachDecoderProp()
 /// The attached clip's last frame, turned by this clip's rotation.
 SampleBufferPtr CQMXVideoClip::GetAttachedFrame()
 {
-    const SampleBufferPtr source = SampleBufferPtr::Adopt(m_pAttachment->GetLastFrame());
+    const SampleBufferPtr source = m_attachment.LastFrame();
     const std::uint32_t rotation = GetRotation();
     return source && rotation != 0 ? RotateFrame(*source.Get(), rotation) : source;
 }

@@ -2,6 +2,7 @@
 /// A clip that shows a video file.
 #pragma once
 
+#include "engine/clips/Attachment.h"
 #include "engine/clips/QMXSoundClip.h"
 #include "engine/clips/TransparentColorInfo.h"
 #include "engine/decoders/DecoderProp.h"
@@ -44,7 +45,7 @@ public:
     virtual void ApplyTransparentColor(std::uint8_t* pixels, std::uint32_t width, std::uint32_t height);
     virtual void ClearTransparentColor();                   ///< slot 39: drops the settings and their background
     virtual tagTransparentColorInfo* GetTransparentColor(); ///< slot 40: the clip's settings; may be null
-    virtual bool IsTransparentColorOn();                    // slot 41
+    virtual bool IsTransparentColorOn();                    ///< slot 41
 
 protected:
     /// For the kinds of clips that are video clips but for their decoder.
@@ -52,22 +53,21 @@ protected:
 
     /// The record that this clip asks a decoder with. Throws std::bad_alloc.
     tagDecProp MakeDecoderProp(const tagRenderProp& request, std::uint32_t decoderType);
-    bool OpenSharedDecoder();
-    void ReleaseDecoder();
-    bool ShowsAttachment();
-    std::uint64_t AttachDecoderProp();
-    SampleBufferPtr KeyFrame(const SampleBufferPtr& frame);
-    SampleBufferPtr GetAttachedFrame();
-    static SampleBufferPtr RotateFrame(ISampleBuffer& source, std::uint32_t rotation);
+    bool OpenSharedDecoder();                               ///< through the cache. @return false when there is none
+    void ReleaseDecoder();                                  ///< gives the reference back
+    std::uint64_t AttachDecoderProp();                      ///< makes the decoder show this clip; see m_decoderProp
+    SampleBufferPtr KeyFrame(const SampleBufferPtr& frame); ///< @p frame with the key colour replaced
+    SampleBufferPtr GetAttachedFrame();                     ///< the attached clip's picture, or null
+    static SampleBufferPtr RotateFrame(ISampleBuffer& source,
+                                       std::uint32_t rotation); ///< @p source turned clockwise; null: none
 
-    std::uint32_t m_nRotation = 0;
-    double m_dFrameRate = 30.0;
-    IQMXBaseClip* m_pAttachment = nullptr; // borrowed
-    SampleBufferPtr m_pPreparedBackground; ///< the settings' background at the size of the frames
-    bool m_bTransparentColor = false;
-    tagTransparentColorInfo* m_pTransparentColor = nullptr; // owned; its background's reference too
-    tagDecProp m_decoderProp;         ///< what this clip asks of its decoder; another clip's may stand in a shared one
-    bool m_bAskingAttachment = false; ///< set while the attached clip is asked, so that a ring of clips ends
+    std::uint32_t m_nRotation = 0;                          ///< degrees clockwise
+    double m_dFrameRate = 30.0;                             ///< frames per second
+    CAttachment m_attachment;                               ///< whose pictures are shown where there are any
+    SampleBufferPtr m_pPreparedBackground;                  ///< the settings' background at the size of the frames
+    bool m_bTransparentColor = false;                       ///< the key colour counts
+    tagTransparentColorInfo* m_pTransparentColor = nullptr; ///< owned; its background's reference too
+    tagDecProp m_decoderProp; ///< what this clip asks of its decoder; another clip's may stand in a shared one
 
 private:
     void DropTransparentColor();

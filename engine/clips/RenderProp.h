@@ -19,16 +19,16 @@ struct tagAudioParams
 /// One render request: what the host wants of a clip. The layout is part of the exported interface.
 struct tagRenderProp
 {
-    std::uint64_t flags = 0;    ///< kRequest… bits
-    std::uint32_t width = 0;    ///< pixels: width of the frame wanted
-    std::uint32_t height = 0;   ///< rows: height of the frame wanted
-    std::uint64_t time = 0;     ///< 100 ns: timeline time of the frame wanted; written by GetFrame()
-    double auxValue = 0;        ///< stored by Open()
-    tagAudioParams audioParams; ///< stored by OpenAudio()
-    std::uint32_t boxWidth = 0; ///< pixels: letter-box area of transitions; 0 x 0 is the whole picture
-    std::uint32_t boxHeight = 0;
-    double factorX = 1.0; ///< a transition's working width is width * factorX
-    double factorY = 1.0; ///< its working height is height * factorY
+    std::uint64_t flags = 0;     ///< kRequest… bits
+    std::uint32_t width = 0;     ///< pixels: width of the frame wanted
+    std::uint32_t height = 0;    ///< rows: height of the frame wanted
+    std::uint64_t time = 0;      ///< 100 ns: timeline time of the frame wanted; written by GetFrame()
+    double auxValue = 0;         ///< stored by Open()
+    tagAudioParams audioParams;  ///< stored by OpenAudio()
+    std::uint32_t boxWidth = 0;  ///< pixels: letter-box area of transitions; 0 x 0 is the whole picture
+    std::uint32_t boxHeight = 0; ///< rows, likewise
+    double factorX = 1.0;        ///< a transition's working width is width * factorX
+    double factorY = 1.0;        ///< its working height is height * factorY
 };
 static_assert(sizeof(tagRenderProp) == 72 && offsetof(tagRenderProp, time) == 16 &&
                   offsetof(tagRenderProp, audioParams) == 32 && offsetof(tagRenderProp, boxWidth) == 48 &&

@@ -10,7 +10,7 @@ class ISampleBuffer;
 /// The layout is part of the exported interface.
 struct tagTransparentColorInfo
 {
-    bool operator==(const tagTransparentColorInfo&) const = default;
+    bool operator==(const tagTransparentColorInfo&) const = default; ///< every field
 
     ISampleBuffer* pBackground = nullptr; ///< picture to show through; the record holds one reference; may be null
     double dSimilarity = 0;             ///< handed to ReplaceToTransparent(): chroma distance that is keyed fully, 0..1

@@ -16,7 +16,7 @@ public:
     CDecoder();
     /// Copies the count and the record, as the binary interface has it: only for decoders that nobody shares.
     CDecoder(const CDecoder& other);
-    CDecoder& operator=(const CDecoder& other);
+    CDecoder& operator=(const CDecoder& other); ///< likewise
 
     bool Initialize(const tagDecProp& prop) override;
     void SetDecoderProperty(const tagDecProp& prop) override;
@@ -29,6 +29,6 @@ public:
 protected:
     ~CDecoder() override;
 
-    std::atomic<std::uint32_t> m_nRefCount{1};
-    tagDecProp m_prop; ///< what the decoder was opened with
+    std::atomic<std::uint32_t> m_nRefCount{1}; ///< references to this decoder
+    tagDecProp m_prop;                         ///< what the decoder was opened with
 };

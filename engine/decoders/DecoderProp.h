@@ -20,11 +20,11 @@ inline constexpr std::uint64_t kRequestNoTimeTable = 8;  ///< a GIF's times are 
 inline constexpr std::uint64_t kRequestOpenOnly = 16;    ///< GetFrame() opens the clip and returns no frame
 
 /// Decoder classes for files that are neither GIF nor Flash.
-inline constexpr std::uint32_t kDecoderVideo = 0;
-inline constexpr std::uint32_t kDecoderTitle = 1;
-inline constexpr std::uint32_t kDecoderKeystroke = 2;
-inline constexpr std::uint32_t kDecoderCamera = 3;
-inline constexpr std::uint32_t kDecoderImage = 4;
+inline constexpr std::uint32_t kDecoderVideo = 0;     ///< CVideoDecoder
+inline constexpr std::uint32_t kDecoderTitle = 1;     ///< CTitleDecoder
+inline constexpr std::uint32_t kDecoderKeystroke = 2; ///< CKeystrokeDecoder
+inline constexpr std::uint32_t kDecoderCamera = 3;    ///< CCameraClipDecoder
+inline constexpr std::uint32_t kDecoderImage = 4;     ///< CImageDecoder
 
 /// What a clip asks of a decoder. A plain value; part of the exported interface.
 struct tagDecProp
@@ -33,7 +33,7 @@ struct tagDecProp
     /// @param time  100 ns; goes into both inPoint and currentTime.
     tagDecProp(std::wstring path, std::uint64_t time) : filePath(std::move(path)), inPoint(time), currentTime(time) {}
 
-    bool operator==(const tagDecProp&) const = default;
+    bool operator==(const tagDecProp&) const = default; ///< every field
 
     std::uint64_t flags = kRequestUseCache;    ///< request flags of the clip request that opened the decoder
     std::wstring filePath;                     ///< media file; empty for generated content

@@ -21,7 +21,7 @@ public:
 
     /// Slot 1: discards the tracks. Without @p recreate tracks can be added only after a further call with it.
     virtual void RemoveAllTracks(bool recreate) = 0;
-    virtual int GetTrackCount() = 0;                       // slot 2
+    virtual int GetTrackCount() = 0;                       ///< slot 2
     virtual IQMXTrack* GetTrack(int index) = 0;            ///< slot 3. @return borrowed; null out of range
     virtual IQMXTrack* GetTrackByID(std::uint64_t id) = 0; ///< slot 4: the first with that ID. @return borrowed
     /// Slot 5: appends @p track, which the document then owns, and stamps the document ID on it.

@@ -23,6 +23,8 @@ struct tagTxEffectParam
  * at. It is called on any thread, for several transitions at the same time, and must not throw. */
 typedef void (*QMXApplyTxEffect)(const struct tagTxEffectParam* pParam);
 
+/** @def QMX_EFFECT_EXPORT
+ *  Stands before ApplyTxEffect() in a module. In C++ extern "C" stands before it. */
 #if defined(_WIN32)
 #define QMX_EFFECT_EXPORT __declspec(dllexport)
 #else

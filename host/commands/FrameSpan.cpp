@@ -25,7 +25,7 @@ std::uint64_t ParseSeconds(const std::string& option, const std::string& text)
         Refuse(option, '"' + text + "\" is no number of seconds");
     const std::optional<std::uint64_t> time = decimal->Scaled(7);
     if (decimal->IsNegative() || !time || *time > kMaxTime)
-        Refuse(option, text + " lies outside the project");
+        Refuse(option, text + " lies outside 0 to 1000000 seconds");
     return *time;
 }
 

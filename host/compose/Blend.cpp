@@ -109,6 +109,15 @@ template <class Rule> void BlendRow(std::uint8_t* pTarget, const std::uint8_t* p
         }
     }
 }
+
+std::uint32_t Unpremultiplied(std::uint32_t pixel)
+{
+    const std::uint32_t a = pixel >> 24;
+    if (a == 0 || a == 255)
+        return a == 0 ? 0 : pixel;
+    const auto level = [&](int shift) { return std::min(((pixel >> shift & 0xFFU) * 255 + a / 2) / a, 255U) << shift; };
+    return level(0) | level(8) | level(16) | a << 24;
+}
 } // namespace
 
 void FillRowBlack(std::uint8_t* pRow, std::size_t pixels)
@@ -129,6 +138,23 @@ void DrawRow(std::uint8_t* pTarget, const std::uint8_t* pSource, std::size_t pix
         break;
     case AlphaMode::Premultiplied:
         BlendRow<Premultiplied>(pTarget, pSource, pixels);
+        break;
+    }
+}
+
+void CopyRowStraight(std::uint8_t* pTarget, const std::uint8_t* pSource, std::size_t pixels, AlphaMode mode)
+{
+    switch (mode)
+    {
+    case AlphaMode::Opaque:
+        CopyRow(pTarget, pSource, pixels);
+        break;
+    case AlphaMode::Straight:
+        std::memcpy(pTarget, pSource, pixels * 4);
+        break;
+    case AlphaMode::Premultiplied:
+        for (std::size_t i = 0; i < pixels; ++i)
+            Store(pTarget + i * 4, Unpremultiplied(Load(pSource + i * 4)));
         break;
     }
 }

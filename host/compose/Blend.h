@@ -22,4 +22,8 @@ void FillRowBlack(std::uint8_t* pRow, std::size_t pixels);
 /// Straight: target = (source * a + target * (255 - a)) / 255; premultiplied: target = source +
 /// target * (255 - a) / 255, held at 255. Divisions round to the nearest.
 void DrawRow(std::uint8_t* pTarget, const std::uint8_t* pSource, std::size_t pixels, AlphaMode mode);
+
+/// Copies a row so that its colours stand straight: opaque pixels get the alpha 255, premultiplied ones are divided by
+/// their alpha, rounded to the nearest and held at 255.
+void CopyRowStraight(std::uint8_t* pTarget, const std::uint8_t* pSource, std::size_t pixels, AlphaMode mode);
 } // namespace qmx::host

@@ -4,18 +4,16 @@
 
 namespace qmx::host
 {
-ClipPlayer::ClipPlayer(IQMXTrack& track, int index, std::uint32_t width, std::uint32_t height)
-    : m_track(track), m_index(index)
+ClipPlayer::ClipPlayer(IQMXBaseClip& clip, std::uint32_t width, std::uint32_t height) : m_clip(clip)
 {
     m_request.flags = kRequestUseCache;
     m_request.width = width;
     m_request.height = height;
 }
 
-ClipPlayer::ClipPlayer(IQMXTrack& track, int index, std::uint32_t width, std::uint32_t height, const Source& source)
-    : ClipPlayer(track, index, width, height)
+ClipPlayer::ClipPlayer(IQMXBaseClip& clip, std::uint32_t width, std::uint32_t height, const Source& source)
+    : ClipPlayer(clip, width, height)
 {
-    IQMXBaseClip& clip = *track.GetClip(index);
     m_isVideo = true;
     m_frameDuration = std::max<std::uint64_t>(1, static_cast<std::uint64_t>(1e7 / source.frameRate));
     m_statedFrames = source.duration / m_frameDuration;
@@ -46,20 +44,17 @@ SampleBufferPtr ClipPlayer::PictureAt(std::uint64_t time)
     return Ask(TimeOf(std::min(frame, m_lastFrame))).pPicture;
 }
 
-void ClipPlayer::Close(bool forget)
+void ClipPlayer::Close()
 {
-    IQMXBaseClip& clip = *m_track.GetClip(m_index);
-    clip.Close();
-    if (forget)
-        RemoveDecoder(clip.GetDecoderKey());
+    m_clip.Close();
 }
 
 ClipPlayer::Answer ClipPlayer::Ask(std::uint64_t time)
 {
     Answer answer;
     if (m_askTwice)
-        SampleBufferPtr::Adopt(m_track.GetFrameByIndex(m_request, m_index, time, &answer.beyond));
-    answer.pPicture = SampleBufferPtr::Adopt(m_track.GetFrameByIndex(m_request, m_index, time, &answer.beyond));
+        SampleBufferPtr::Adopt(m_clip.GetFrame(m_request, time, &answer.beyond));
+    answer.pPicture = SampleBufferPtr::Adopt(m_clip.GetFrame(m_request, time, &answer.beyond));
     return answer;
 }
 

@@ -24,18 +24,18 @@ public:
         bool askTwice = false;
     };
 
-    /// @param track   borrowed; @param index  of the clip on it
+    /// @param clip  borrowed; has its place on the time line
     /// @param width, height  of the picture before it is rotated, pixels
-    ClipPlayer(IQMXTrack& track, int index, std::uint32_t width, std::uint32_t height);
+    ClipPlayer(IQMXBaseClip& clip, std::uint32_t width, std::uint32_t height);
     /// For a clip that shows a video.
-    ClipPlayer(IQMXTrack& track, int index, std::uint32_t width, std::uint32_t height, const Source& source);
+    ClipPlayer(IQMXBaseClip& clip, std::uint32_t width, std::uint32_t height, const Source& source);
 
     /// @param time  on the time line, 100 ns.
     /// @return null when the clip has no picture at all
     SampleBufferPtr PictureAt(std::uint64_t time);
 
-    /// Lets go of the decoder. @param forget  the decoder cache lets go of it as well
-    void Close(bool forget);
+    /// Lets go of the decoder.
+    void Close();
 
 private:
     struct Answer
@@ -51,8 +51,7 @@ private:
     std::uint64_t FindLastFrame(std::uint64_t beyond);
     std::uint64_t FindSomeFrame(std::uint64_t& beyond);
 
-    IQMXTrack& m_track;
-    int m_index;
+    IQMXBaseClip& m_clip;
     tagRenderProp m_request;
     bool m_isVideo = false;
     bool m_askTwice = false;             ///< see Source

@@ -1,16 +1,10 @@
 #include "host/compose/MediaProbe.h"
 
 #include "engine/decoders/FileKind.h"
-#include "engine/platform/SwfRenderer.h"
 #include "host/HostError.h"
 #include "host/project/CameraFiles.h"
 #include "host/project/FrameRate.h"
 #include "host/system/Platform.h"
-
-#include <mfapi.h>
-#include <mfidl.h>
-#include <mfreadwrite.h>
-#include <propvarutil.h>
 
 #include <algorithm>
 #include <array>
@@ -52,39 +46,31 @@ std::string ReadIndex(const fs::path& path, CameraFacts& facts)
     };
     const std::uint64_t first = timeOf(0);
     const std::uint64_t last = timeOf(facts.frames - 1);
+    facts.duration = static_cast<double>(facts.frames) / facts.frameRate;
     if (facts.frames > 1 && last > first)
     {
         const double rate = static_cast<double>(facts.frames - 1) * 1e7 / static_cast<double>(last - first);
         facts.frameRate = LikelyRate(rate, facts.frames - 1, last - first);
+        facts.duration = static_cast<double>(last - first) / 1e7 + 1 / facts.frameRate;
     }
     return {};
 }
 
-/// A Flash movie's size, rate and length; rates of the format are counts of 1/256 frame a second.
-bool FlashInfo(const std::wstring& path, tagVideoInfo& info)
+/// A Flash movie tells its rate as a number only; in the format it is a count of 1/256 frame a second.
+void CompleteFlash(tagVideoInfo& info)
 {
-    const RefPtr<ISWFRenderObj> pMovie = RefPtr<ISWFRenderObj>::Adopt(CreateSWFRenderObj());
-    tagSWFMovieInfo movie;
-    if (!pMovie || FAILED(pMovie->OpenMovie(path.c_str())) || FAILED(pMovie->GetMovieInfo(&movie)))
-        return false;
     constexpr std::uint32_t kUnits = 256;
-    const auto rate = static_cast<std::uint32_t>(std::lround(movie.dFrameRate * kUnits));
+    const auto rate = static_cast<std::uint32_t>(std::lround(info.dFrameRate * kUnits));
     const std::uint32_t divisor = std::gcd(rate, kUnits);
-    info.nWidth = static_cast<std::uint32_t>(movie.dWidth);
-    info.nHeight = static_cast<std::uint32_t>(movie.dHeight);
     info.nFrameRateNum = rate / divisor;
     info.nFrameRateDen = kUnits / divisor;
-    info.dFrameRate = movie.dFrameRate;
-    info.dDuration = movie.nFrameCount / movie.dFrameRate;
-    return true;
 }
 
-bool ReadInfo(const std::wstring& path, tagVideoInfo& info)
+/// True when the engine has a decoder for the sound of @p path.
+bool CanBeHeard(const std::wstring& path)
 {
-    if (HasExtension(path, L"swf"))
-        return FlashInfo(path, info);
-    const RefPtr<CVideoDecoder> pDecoder = RefPtr<CVideoDecoder>::Adopt(new CVideoDecoder);
-    return pDecoder->GetVideoInfo(path, &info);
+    CAudioDecoder decoder;
+    return SUCCEEDED(decoder.Initialize(path));
 }
 
 /// The engine reports no reasons, so those that a user can mend are found out first.
@@ -97,19 +83,6 @@ template <class Fail> void CheckReadable(const std::filesystem::path& path, cons
     errno = 0;
     if (!std::ifstream(path, std::ios::binary))
         throw fail(std::string("cannot be opened: ") + std::strerror(errno));
-}
-
-double DurationOf(IMFSourceReader& reader)
-{
-    PROPVARIANT value;
-    PropVariantInit(&value);
-    LONGLONG duration = 0;
-    constexpr DWORD kSource = MF_SOURCE_READER_MEDIASOURCE;
-    if (FAILED(reader.GetPresentationAttribute(kSource, MF_PD_DURATION, &value)) ||
-        FAILED(PropVariantToInt64(value, &duration)))
-        duration = 0;
-    PropVariantClear(&value);
-    return static_cast<double>(duration) / 1e7;
 }
 } // namespace
 
@@ -154,68 +127,75 @@ const CameraFacts& MediaProbe::Camera(const fs::path& name, const std::string& s
     return m_cameras.emplace(name, facts).first->second;
 }
 
+const tagVideoInfo* MediaProbe::FindVideo(const std::filesystem::path& path, const std::string& subject,
+                                          const std::string& prefix)
+{
+    auto it = m_known.find(path);
+    if (it == m_known.end())
+    {
+        CheckReadable(path,
+                      [&](const std::string& reason) { return HostError(ExitCode::Media, subject, prefix + reason); });
+        const std::wstring name = EnginePath(path);
+        tagVideoInfo info;
+        info.nPixelAspectX = info.nPixelAspectY = 1;
+        // A Flash movie that cannot be read has no size.
+        const bool found = QMXGetVideoInfo(name, &info) && info.nWidth != 0 && info.nHeight != 0;
+        if (found && HasExtension(name, L"swf"))
+            CompleteFlash(info);
+        it = m_known.emplace(path, found ? std::optional(info) : std::nullopt).first;
+    }
+    return it->second ? &*it->second : nullptr;
+}
+
 const tagVideoInfo& MediaProbe::Video(const std::filesystem::path& path, const std::string& subject,
                                       const std::string& prefix)
 {
-    if (const auto it = m_known.find(path); it != m_known.end())
-        return it->second;
-    const auto fail = [&](const std::string& reason) { return HostError(ExitCode::Media, subject, prefix + reason); };
-    CheckReadable(path, fail);
-    tagVideoInfo info;
-    info.nPixelAspectX = info.nPixelAspectY = 1;
-    if (!ReadInfo(EnginePath(path), info) || info.nWidth == 0 || info.nHeight == 0)
-        throw fail("holds no video that can be read");
-    return m_known.emplace(path, info).first->second;
+    const tagVideoInfo* const pInfo = FindVideo(path, subject, prefix);
+    if (!pInfo)
+        throw HostError(ExitCode::Media, subject, prefix + "holds no video that can be read");
+    return *pInfo;
 }
 
-const std::optional<SoundFacts>& MediaProbe::Sound(const std::filesystem::path& path, const std::string& subject,
-                                                   const std::string& prefix)
+const MediaProbe::SoundAnswer& MediaProbe::AskForSound(const std::filesystem::path& path)
 {
     if (const auto it = m_sounds.find(path); it != m_sounds.end())
         return it->second;
+    // A date that is there already gives way to the media's own only: it tells the two kinds of date apart.
+    constexpr DWORD kNoDate = 1;
+    const std::wstring name = EnginePath(path);
+    tagAudioInfo info;
+    info.ftDate = {kNoDate, 0};
+    SoundAnswer answer;
+    if (QMXGetAudioInfo(name, &info) && CanBeHeard(name))
+        answer.sound = info;
+    if (info.ftDate.dwLowDateTime != kNoDate || info.ftDate.dwHighDateTime != 0)
+        answer.recorded = std::uint64_t{info.ftDate.dwHighDateTime} << 32 | info.ftDate.dwLowDateTime;
+    return m_sounds.emplace(path, answer).first->second;
+}
+
+const std::optional<tagAudioInfo>& MediaProbe::Sound(const std::filesystem::path& path, const std::string& subject,
+                                                     const std::string& prefix)
+{
     const auto fail = [&](const std::string& reason) { return HostError(ExitCode::Media, subject, prefix + reason); };
     CheckReadable(path, fail);
-    constexpr DWORD kStream = MF_SOURCE_READER_FIRST_AUDIO_STREAM;
-    ComPtr<IMFSourceReader> pReader;
-    if (FAILED(MFCreateSourceReaderFromURL(EnginePath(path).c_str(), nullptr, pReader.Put())))
+    const std::optional<tagAudioInfo>& sound = AskForSound(path).sound;
+    if (!sound && !FindVideo(path, subject, prefix))
         throw fail("holds no media that can be read");
-    ComPtr<IMFMediaType> pNative;
-    ComPtr<IMFMediaType> pOutput;
-    std::optional<SoundFacts> facts;
-    if (SUCCEEDED(pReader->GetNativeMediaType(kStream, 0, pNative.Put())) &&
-        SUCCEEDED(CAudioDecoder::CreatePCMAudioType(48'000, 16, 2, pOutput.Put())) &&
-        SUCCEEDED(pReader->SetCurrentMediaType(kStream, nullptr, pOutput.Get())))
-    {
-        const auto get = [&](const GUID& key)
-        {
-            UINT32 value = 0;
-            return SUCCEEDED(pNative->GetUINT32(key, &value)) ? value : 0;
-        };
-        facts = {get(MF_MT_AUDIO_SAMPLES_PER_SECOND), get(MF_MT_AUDIO_NUM_CHANNELS), get(MF_MT_AUDIO_BITS_PER_SAMPLE),
-                 DurationOf(*pReader.Get())};
-    }
-    return m_sounds.emplace(path, facts).first->second;
+    return sound;
 }
 
-const SoundFacts& MediaProbe::NeedSound(const std::filesystem::path& path, const std::string& subject,
-                                        const std::string& prefix)
+const tagAudioInfo& MediaProbe::NeedSound(const std::filesystem::path& path, const std::string& subject,
+                                          const std::string& prefix)
 {
-    const std::optional<SoundFacts>& facts = Sound(path, subject, prefix);
-    if (!facts)
+    const std::optional<tagAudioInfo>& sound = Sound(path, subject, prefix);
+    if (!sound)
         throw HostError(ExitCode::Media, subject, prefix + "holds no sound that can be read");
-    return *facts;
+    return *sound;
 }
 
-bool MediaProbe::HasSound(const std::filesystem::path& path)
+std::optional<std::uint64_t> MediaProbe::Recorded(const std::filesystem::path& path)
 {
-    try
-    {
-        return Sound(path, "", "").has_value();
-    }
-    catch (const HostError&)
-    {
-        return false;
-    }
+    return AskForSound(path).recorded;
 }
 
 const PictureFacts* MediaProbe::FindPicture(const std::filesystem::path& path, const std::string& subject,

@@ -13,15 +13,6 @@
 
 namespace qmx::host
 {
-/// The sound of a file.
-struct SoundFacts
-{
-    std::uint32_t rate = 0;     ///< samples per second, as stored
-    std::uint32_t channels = 0; ///< as stored
-    std::uint32_t bits = 0;     ///< of a sample; 0 where the coding has none
-    double duration = 0;        ///< seconds, of the whole file; 0 when it does not say
-};
-
 /// A camera recording, found out from its index and its first frame.
 struct CameraFacts
 {
@@ -29,6 +20,7 @@ struct CameraFacts
     std::uint32_t height = 0;
     std::uint64_t frames = 0; ///< records of the index
     double frameRate = 30;    ///< mean over the recording, frames per second
+    double duration = 0;      ///< seconds, the last frame included
 };
 
 /// The rate of a recording whose frames were counted: a whole number or one of the sort of 30000/1001 where that gives
@@ -48,13 +40,16 @@ public:
     const tagVideoInfo& Video(const std::filesystem::path& path, const std::string& subject, const std::string& prefix);
     /// The same for sound. @return nothing when the file has none that can be read
     /// @throw HostError  ExitCode::Media: no such file, no right to read it, no media file
-    const std::optional<SoundFacts>& Sound(const std::filesystem::path& path, const std::string& subject,
-                                           const std::string& prefix);
+    const std::optional<tagAudioInfo>& Sound(const std::filesystem::path& path, const std::string& subject,
+                                             const std::string& prefix);
     /// @throw HostError  ExitCode::Media also when there is no sound
-    const SoundFacts& NeedSound(const std::filesystem::path& path, const std::string& subject,
-                                const std::string& prefix);
-    /// True for a file with sound that can be read. Never throws HostError.
-    bool HasSound(const std::filesystem::path& path);
+    const tagAudioInfo& NeedSound(const std::filesystem::path& path, const std::string& subject,
+                                  const std::string& prefix);
+    /// When media were recorded, 100 ns since 1601 UTC; nothing when the file does not say.
+    std::optional<std::uint64_t> Recorded(const std::filesystem::path& path);
+    /// As Video(), but null when the file can be read and holds no video that can be.
+    const tagVideoInfo* FindVideo(const std::filesystem::path& path, const std::string& subject,
+                                  const std::string& prefix);
 
     /// As Video(), for a still picture or an animation that an image clip can show. A name that ends in "gif" must be
     /// that of a GIF file, as the engine goes by it.
@@ -69,9 +64,17 @@ public:
     const CameraFacts& Camera(const std::filesystem::path& name, const std::string& subject, const std::string& prefix);
 
 private:
+    /// What the engine says about the sound of a file.
+    struct SoundAnswer
+    {
+        std::optional<tagAudioInfo> sound;
+        std::optional<std::uint64_t> recorded;
+    };
+    const SoundAnswer& AskForSound(const std::filesystem::path& path);
+
     std::map<std::filesystem::path, PictureFacts> m_knownPictures;
-    std::map<std::filesystem::path, tagVideoInfo> m_known;
-    std::map<std::filesystem::path, std::optional<SoundFacts>> m_sounds;
+    std::map<std::filesystem::path, std::optional<tagVideoInfo>> m_known;
+    std::map<std::filesystem::path, SoundAnswer> m_sounds;
     std::map<std::filesystem::path, CameraFacts> m_cameras;
 };
 } // namespace qmx::host

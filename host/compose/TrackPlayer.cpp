@@ -1,12 +1,11 @@
 #include "host/compose/TrackPlayer.h"
 
 #include "host/HostError.h"
-#include "host/project/CameraFiles.h"
+#include "host/compose/Layout.h"
+#include "host/compose/PictureLayer.h"
 #include "host/project/Decimal.h"
-#include "host/system/Platform.h"
 
 #include <algorithm>
-#include <cmath>
 #include <memory>
 #include <set>
 
@@ -14,56 +13,19 @@ namespace qmx::host
 {
 namespace
 {
-ClipPlayer::Source SourceOf(const tagVideoInfo& info, const ProjectClip& clip)
+/// Keys of the decoders that @p clip shares with others of its track.
+std::vector<std::wstring> DecoderKeys(IQMXBaseClip& clip)
 {
-    ClipPlayer::Source source;
-    if (clip.frameRate)
-        source.frameRate = clip.frameRate->PerSecond();
-    else if (info.nFrameRateNum != 0 && info.nFrameRateDen != 0)
-        source.frameRate = static_cast<double>(info.nFrameRateNum) / info.nFrameRateDen;
-    // A duration that is no number, or beyond all reason, is as good as none.
-    if (info.dDuration > 0 && info.dDuration < 1e9)
-        source.duration = static_cast<std::uint64_t>(std::llround(info.dDuration * 1e7));
-    return source;
-}
-
-QMXClipType TypeOf(ClipKind kind)
-{
-    switch (kind)
+    auto* const pTransition = dynamic_cast<CQMXTXClip*>(&clip);
+    if (!pTransition)
+        return {clip.GetDecoderKey()};
+    std::vector<std::wstring> keys;
+    for (IQMXBaseClip* const pSide : {pTransition->GetFromClip(), pTransition->GetToClip()})
     {
-    case ClipKind::Video:
-        return QMXClipType_Video;
-    case ClipKind::Image:
-        return QMXClipType_Image;
-    case ClipKind::Audio:
-        return QMXClipType_Audio;
-    case ClipKind::Title:
-        return QMXClipType_Title;
-    case ClipKind::Keystroke:
-        return QMXClipType_Keystroke;
-    case ClipKind::Camera:
-        return QMXClipType_Camera;
-    case ClipKind::Color:
-        break;
+        if (pSide)
+            keys.push_back(pSide->GetDecoderKey());
     }
-    return QMXClipType_Color;
-}
-
-Layer LayerOf(ISampleBuffer& picture, const PixelBox& box)
-{
-    std::uint8_t* pPixels = nullptr;
-    std::uint32_t length = 0;
-    const std::uint32_t stride = picture.GetStride();
-    Layer layer;
-    if (!picture.GetBuffer(&pPixels, &length) || picture.GetFormat() != kSampleFormatBgra ||
-        std::uint64_t{stride} * picture.GetHeight() > length)
-        return layer;
-    layer.pPixels = pPixels;
-    layer.stride = stride;
-    layer.place = Centred(box, picture.GetWidth(), picture.GetHeight());
-    if (picture.GetAlphaFlag())
-        layer.alpha = picture.GetFlag() == 1 ? AlphaMode::Premultiplied : AlphaMode::Straight;
-    return layer;
+    return keys;
 }
 } // namespace
 
@@ -81,34 +43,28 @@ TrackPlayer::TrackPlayer(IQMXDocument& document, MediaProbe& probe, const Projec
     if (!pTrack || !document.AddTrack(pTrack.get()))
         throw std::bad_alloc();
     m_pTrack = pTrack.release();
+    ClipBuilder builder(*m_pTrack, probe, project.file.string(), m_box);
     m_clips.reserve(track.clips.size());
     for (const ProjectClip& clip : track.clips)
+        AddClip(builder.Build(clip));
+    std::set<std::wstring> later;
+    m_lastUses.resize(track.clips.size());
+    for (std::size_t i = track.clips.size(); i-- > 0;)
     {
-        switch (clip.kind)
+        for (std::wstring& key : DecoderKeys(*m_pTrack->GetClip(static_cast<int>(i))))
         {
-        case ClipKind::Video:
-            AddVideo(probe, clip);
-            break;
-        case ClipKind::Camera:
-            AddCamera(probe, clip);
-            break;
-        case ClipKind::Audio:
-            AddAudio(probe, clip);
-            break;
-        case ClipKind::Image:
-            AddImage(probe, clip);
-            break;
-        case ClipKind::Color:
-        case ClipKind::Title:
-        case ClipKind::Keystroke:
-            AddGenerated(clip);
-            break;
+            if (later.insert(key).second)
+                m_lastUses[i].push_back(std::move(key));
         }
     }
-    std::set<std::filesystem::path> later;
-    m_lastOfFile.resize(track.clips.size());
-    for (std::size_t i = track.clips.size(); i-- > 0;)
-        m_lastOfFile[i] = later.insert(track.clips[i].path).second;
+}
+
+void TrackPlayer::AddClip(ClipBuilder::Clip clip)
+{
+    if (!m_pTrack->AddClip(clip.pClip.get()))
+        throw std::bad_alloc();
+    static_cast<void>(clip.pClip.release());
+    m_clips.push_back(clip.player);
 }
 
 std::optional<PlacedPicture> TrackPlayer::PictureAt(std::uint64_t time)
@@ -134,104 +90,10 @@ std::optional<PlacedPicture> TrackPlayer::PictureAt(std::uint64_t time)
 void TrackPlayer::Advance(std::uint64_t time)
 {
     for (; m_firstOpen < m_clips.size() && m_description.clips[m_firstOpen].End() <= time; ++m_firstOpen)
-        m_clips[m_firstOpen].Close(m_lastOfFile[m_firstOpen]);
-}
-
-IQMXBaseClip& TrackPlayer::AddClip(const ProjectClip& clip)
-{
-    std::unique_ptr<IQMXBaseClip> pClip(CreateClipByClipType(TypeOf(clip.kind)));
-    if (!pClip)
-        throw std::bad_alloc();
-    pClip->SetStartTime(clip.start);
-    pClip->SetDuration(clip.duration);
-    pClip->SetInPoint(clip.inPoint);
-    pClip->SetFilePath(clip.kind == ClipKind::Camera ? CameraEnginePath(clip.path) : EnginePath(clip.path));
-    pClip->SetTrackID(m_description.id); // adding it to a track stamps only the document's ID
-    if (!m_pTrack->AddClip(pClip.get()))
-        throw std::bad_alloc();
-    return *pClip.release();
-}
-
-void TrackPlayer::AddVideo(MediaProbe& probe, const ProjectClip& clip)
-{
-    const tagVideoInfo& info =
-        probe.Video(clip.path, m_project.file.string(), clip.place + ".path: " + clip.path.string() + ": ");
-    AddSource(clip, {info.nWidth, info.nHeight, info.nPixelAspectX, info.nPixelAspectY}, SourceOf(info, clip));
-}
-
-void TrackPlayer::AddCamera(MediaProbe& probe, const ProjectClip& clip)
-{
-    const CameraFacts& facts =
-        probe.Camera(clip.path, m_project.file.string(), clip.place + ".path: " + clip.path.string() + ": ");
-    ClipPlayer::Source source;
-    source.frameRate = clip.frameRate ? clip.frameRate->PerSecond() : facts.frameRate;
-    source.frames = facts.frames;
-    source.askTwice = IsMotionJpegName(clip.path);
-    AddSource(clip, {facts.width, facts.height, 1, 1, false}, source);
-}
-
-void TrackPlayer::AddSource(const ProjectClip& clip, const VideoShape& shape, const ClipPlayer::Source& source)
-{
-    const std::string subject = m_project.file.string();
-    const std::optional<PictureSize> size = FitVideo(shape, clip.rotation, static_cast<std::uint32_t>(m_box.Width()),
-                                                     static_cast<std::uint32_t>(m_box.Height()));
-    if (!size)
-        throw HostError(ExitCode::Project, subject,
-                        clip.place + ": a picture of " + std::to_string(shape.width) + " x " +
-                            std::to_string(shape.height) + " cannot be fitted into the track's position");
-    IQMXBaseClip& added = AddClip(clip);
-    auto* const pVideo = dynamic_cast<CQMXVideoClip*>(&added); // camera clips are video clips too
-    if (!pVideo)
-        throw HostError(ExitCode::Failed, subject, clip.place + ": the engine made no video clip");
-    pVideo->SetRotation(clip.rotation);
-    pVideo->SetFrameRate(source.frameRate);
-    m_clips.emplace_back(*m_pTrack, static_cast<int>(m_clips.size()), size->width, size->height, source);
-}
-
-/// A clip that is heard only; the sound mixer plays it.
-void TrackPlayer::AddAudio(MediaProbe& probe, const ProjectClip& clip)
-{
-    const std::string prefix = clip.place + ".path: " + clip.path.string() + ": ";
-    probe.NeedSound(clip.path, m_project.file.string(), prefix);
-    AddClip(clip);
-    m_clips.emplace_back(*m_pTrack, static_cast<int>(m_clips.size()), 0, 0);
-}
-
-void TrackPlayer::AddImage(MediaProbe& probe, const ProjectClip& clip)
-{
-    const std::string subject = m_project.file.string();
-    const PictureFacts& facts = probe.Picture(clip.path, subject, clip.place + ".path: " + clip.path.string() + ": ");
-    const std::uint32_t mask = facts.format == "GIF" ? ~0U : ~1U; // stills lose an odd column or row
-    const std::optional<std::uint32_t> side =
-        FitImage(facts.width & mask, facts.height & mask, clip.rotation, static_cast<std::uint32_t>(m_box.Width()),
-                 static_cast<std::uint32_t>(m_box.Height()));
-    if (!side)
-        throw HostError(ExitCode::Project, subject,
-                        clip.place + ": a picture of " + std::to_string(facts.width) + " x " +
-                            std::to_string(facts.height) + " cannot be fitted into the track's position");
-    auto* const pImage = dynamic_cast<CQMXImageClip*>(&AddClip(clip));
-    if (!pImage)
-        throw HostError(ExitCode::Failed, subject, clip.place + ": the engine made no image clip");
-    pImage->SetRotation(clip.rotation);
-    m_clips.emplace_back(*m_pTrack, static_cast<int>(m_clips.size()), *side, *side);
-}
-
-/// A clip whose pictures fill the track's box: they are made, not read.
-void TrackPlayer::AddGenerated(const ProjectClip& clip)
-{
-    IQMXBaseClip& added = AddClip(clip);
-    if (auto* const pTitle = dynamic_cast<CQMXTitleClip*>(&added))
     {
-        for (const tagQMXTitleTextInfo& text : clip.texts)
-            pTitle->AddTitleText(std::make_unique<tagQMXTitleTextInfo>(text).release());
+        m_clips[m_firstOpen].Close();
+        for (const std::wstring& key : m_lastUses[m_firstOpen])
+            RemoveDecoder(key);
     }
-    if (auto* const pKeystrokes = dynamic_cast<CQMXKeystrokeClip*>(&added))
-    {
-        pKeystrokes->SetLeftAndTopAndWidth(clip.strip.left, clip.strip.top, clip.strip.width);
-        for (const tagQMXKeystrokeInfo& keystroke : clip.keystrokes)
-            pKeystrokes->AddKeystroke(std::make_unique<tagQMXKeystrokeInfo>(keystroke).release());
-    }
-    m_clips.emplace_back(*m_pTrack, static_cast<int>(m_clips.size()), static_cast<std::uint32_t>(m_box.Width()),
-                         static_cast<std::uint32_t>(m_box.Height()));
 }
 } // namespace qmx::host

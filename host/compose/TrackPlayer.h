@@ -2,9 +2,9 @@
 /// One track of a project inside the engine.
 #pragma once
 
+#include "host/compose/ClipBuilder.h"
 #include "host/compose/ClipPlayer.h"
 #include "host/compose/Compositor.h"
-#include "host/compose/Layout.h"
 #include "host/compose/MediaProbe.h"
 #include "host/project/Project.h"
 
@@ -41,20 +41,14 @@ public:
     void Advance(std::uint64_t time);
 
 private:
-    IQMXBaseClip& AddClip(const ProjectClip& clip);
-    void AddVideo(MediaProbe& probe, const ProjectClip& clip);
-    void AddCamera(MediaProbe& probe, const ProjectClip& clip);
-    void AddSource(const ProjectClip& clip, const VideoShape& shape, const ClipPlayer::Source& source);
-    void AddAudio(MediaProbe& probe, const ProjectClip& clip);
-    void AddImage(MediaProbe& probe, const ProjectClip& clip);
-    void AddGenerated(const ProjectClip& clip);
+    void AddClip(ClipBuilder::Clip clip);
 
     const Project& m_project;
     const ProjectTrack& m_description;
     PixelBox m_box;
     IQMXTrack* m_pTrack = nullptr; // owned by the document
     std::vector<ClipPlayer> m_clips;
-    std::vector<bool> m_lastOfFile; ///< for each clip: no later one on the track shows the same file
-    std::size_t m_firstOpen = 0;    ///< clips before it have been closed
+    std::vector<std::vector<std::wstring>> m_lastUses; ///< for each clip: keys of decoders that no later one shares
+    std::size_t m_firstOpen = 0;                       ///< clips before it have been closed
 };
 } // namespace qmx::host

@@ -1,7 +1,6 @@
 #include "host/output/OutputFile.h"
 
 #include "host/HostError.h"
-#include "host/project/CameraFiles.h"
 #include "host/project/Project.h"
 #include "host/system/Platform.h"
 
@@ -86,25 +85,11 @@ void CheckExtension(const fs::path& target, std::string_view extension)
 
 void CheckNotASource(const fs::path& target, const Project& project)
 {
-    const auto check = [&](const fs::path& source)
+    for (const fs::path& source : project.Files())
     {
         std::error_code error;
         if (fs::equivalent(target, source, error))
             throw HostError(ExitCode::Output, target.string(), "is a file that the project is made of");
-    };
-    check(project.file);
-    for (const ProjectTrack& track : project.tracks)
-    {
-        for (const ProjectClip& clip : track.clips)
-        {
-            if (clip.kind == ClipKind::Camera)
-            {
-                check(CameraMediaPath(clip.path));
-                check(CameraIndexPath(clip.path));
-            }
-            else if (!clip.path.empty())
-                check(clip.path);
-        }
     }
 }
 } // namespace qmx::host

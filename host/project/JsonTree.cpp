@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <unordered_map>
+#include <unordered_set>
 
 namespace qmx::host
 {
@@ -13,7 +15,7 @@ namespace
 class TreeBuilder : public nlohmann::json_sax<nlohmann::json>
 {
 public:
-    explicit TreeBuilder(std::string_view text) : m_source(text) {}
+    TreeBuilder(std::string_view text, const JsonLimits& limits) : m_source(text), m_limits(limits) {}
     JsonValue Take() { return std::move(m_root); }
 
     bool null() override
@@ -54,11 +56,10 @@ public:
     bool key(string_t& name) override
     {
         JsonValue& object = *m_open.back();
-        const auto same = [&](const JsonMember& member) { return member.name == name; };
-        if (std::any_of(object.members.begin(), object.members.end(), same))
+        if (IsKnown(object, name))
             throw JsonError(Path(), "the name \"" + name + "\" stands here twice");
-        if (object.members.size() == kMaxJsonMembers)
-            throw JsonError(Path(), "too many members, at most " + std::to_string(kMaxJsonMembers));
+        if (object.members.size() == m_limits.members)
+            throw JsonError(Path(), "too many members, at most " + std::to_string(m_limits.members));
         object.members.push_back({std::move(name), JsonValue{}});
         return true;
     }
@@ -80,9 +81,29 @@ public:
     }
 
 private:
+    /// Whether the object that is being read has a member of that name; it will have one.
+    bool IsKnown(const JsonValue& object, const std::string& name)
+    {
+        if (object.members.size() < kMaxJsonMembers)
+        {
+            const auto same = [&](const JsonMember& member) { return member.name == name; };
+            return std::any_of(object.members.begin(), object.members.end(), same);
+        }
+        // Few objects are that large; looking through all members each time would take the square of their count.
+        std::unordered_set<std::string>& names = m_names[&object];
+        if (names.empty())
+        {
+            for (const JsonMember& member : object.members)
+                names.insert(member.name);
+        }
+        return !names.insert(name).second;
+    }
+
     /// The place for the next value: the root, the end of the open array, or the member just named.
     JsonValue& Place(JsonValue::Kind kind)
     {
+        if (m_count++ == m_limits.values)
+            throw JsonError("", "holds more than " + std::to_string(m_limits.values) + " values");
         JsonValue* pPlace = &m_root;
         if (!m_open.empty())
         {
@@ -98,13 +119,14 @@ private:
     {
         JsonValue& value = Place(kind);
         m_open.push_back(&value); // stays where it is: its parent takes no sibling before this one is closed
-        if (m_open.size() > kMaxJsonDepth)
-            throw JsonError("", "nested deeper than " + std::to_string(kMaxJsonDepth) + " levels");
+        if (m_open.size() > m_limits.depth)
+            throw JsonError("", "nested deeper than " + std::to_string(m_limits.depth) + " levels");
         return true;
     }
 
     bool CloseTop()
     {
+        m_names.erase(m_open.back());
         m_open.pop_back();
         return true;
     }
@@ -127,8 +149,11 @@ private:
     }
 
     std::string_view m_source;
+    JsonLimits m_limits;
     JsonValue m_root;
+    std::size_t m_count = 0;        // values begun
     std::vector<JsonValue*> m_open; // the arrays and objects that are being read, outermost first
+    std::unordered_map<const JsonValue*, std::unordered_set<std::string>> m_names; // of large objects in m_open
 };
 } // namespace
 
@@ -152,10 +177,17 @@ const char* KindName(JsonValue::Kind kind)
     return "";
 }
 
-JsonValue ParseJson(std::string_view text)
+JsonValue ParseJson(std::string_view text, const JsonLimits& limits)
 {
-    TreeBuilder builder(text);
+    TreeBuilder builder(text, limits);
     nlohmann::json::sax_parse(text.begin(), text.end(), &builder);
     return builder.Take();
+}
+
+const JsonValue* FindMember(const JsonValue& object, std::string_view name)
+{
+    const auto same = [&](const JsonMember& member) { return member.name == name; };
+    const auto it = std::find_if(object.members.begin(), object.members.end(), same);
+    return it == object.members.end() ? nullptr : &it->value;
 }
 } // namespace qmx::host

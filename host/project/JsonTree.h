@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -56,8 +57,19 @@ private:
 inline constexpr std::size_t kMaxJsonDepth = 32;   ///< arrays and objects inside each other
 inline constexpr std::size_t kMaxJsonMembers = 64; ///< members of one object
 
+/// How much a text may hold; what is beyond is refused before memory is taken for it.
+struct JsonLimits
+{
+    std::size_t depth = kMaxJsonDepth;
+    std::size_t members = kMaxJsonMembers;
+    std::size_t values = SIZE_MAX; ///< of all kinds, the root included
+};
+
 /// @param text  UTF-8, with or without a byte order mark
-/// @throw JsonError  no JSON, not UTF-8, nested too deep, a name that stands twice in one object, a number that no
+/// @throw JsonError  no JSON, not UTF-8, beyond the limits, a name that stands twice in one object, a number that no
 ///                   double can hold
-JsonValue ParseJson(std::string_view text);
+JsonValue ParseJson(std::string_view text, const JsonLimits& limits = {});
+
+/// The member of that name, or null. @param object  of any kind; only objects have members
+const JsonValue* FindMember(const JsonValue& object, std::string_view name);
 } // namespace qmx::host

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,7 +26,8 @@ enum class ClipKind
     Color,
     Audio,
     Title,
-    Keystroke
+    Keystroke,
+    Transition
 };
 
 /// Corner and length of the strip of keystroke labels, in fractions of the track's box.
@@ -35,6 +37,19 @@ struct KeystrokeStrip
     float top = 0;
     float width = 1;
 };
+
+/// A colour that is taken out of a clip's pictures.
+struct ProjectKey
+{
+    std::string place;                ///< "tracks[1].clips[0].key"
+    std::uint32_t color = 0;          ///< 0x00RRGGBB
+    double similarity = 0.06;         ///< chroma distance that is keyed fully, 0 to 1
+    double smoothness = 0.22;         ///< width of the ramp from keyed to kept, 0 to 1
+    double spill = 1;                 ///< strength of the spill suppression, 0 to 1
+    std::filesystem::path background; ///< picture that shows through; empty: what lies beneath the clip
+};
+
+struct ProjectTransition;
 
 struct ProjectClip
 {
@@ -52,8 +67,20 @@ struct ProjectClip
     std::vector<tagQMXTitleTextInfo> texts;
     std::vector<tagQMXKeystrokeInfo> keystrokes; ///< by start time
     KeystrokeStrip strip;
+    std::optional<ProjectKey> key;
+    std::unique_ptr<ProjectTransition> pTransition; ///< of a transition, and never null there
 
     std::uint64_t End() const { return start + duration; }
+};
+
+/// What a transition has beyond other clips.
+struct ProjectTransition
+{
+    std::string module;              ///< name of a file beside the program, with or without the system's extension
+    std::uint32_t effect = 0;        ///< number of the module's effect
+    std::optional<float> progress;   ///< the same for every picture, 0 to 1; otherwise it runs from 0 to 1
+    std::optional<ProjectClip> from; ///< one of the two may be missing; neither is a transition, and both can be seen
+    std::optional<ProjectClip> to;
 };
 
 /// Where on the canvas a track is shown, in fractions of the canvas's width and height.
@@ -87,5 +114,7 @@ struct Project
     std::uint64_t Duration() const;
     /// Frames that start before the end.
     std::uint64_t FrameCount() const { return frameRate.FramesBefore(Duration()); }
+    /// Every file that the project is made of, its own first. Some may not exist.
+    std::vector<std::filesystem::path> Files() const;
 };
 } // namespace qmx::host

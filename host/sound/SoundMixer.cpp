@@ -17,7 +17,8 @@ SoundMixer::SoundMixer(const Project& project, MediaProbe& probe)
             const std::string prefix = clip.place + ".path: " + clip.path.string() + ": ";
             if (clip.kind == ClipKind::Audio)
                 probe.NeedSound(clip.path, subject, prefix);
-            if (clip.kind != ClipKind::Color && gain > 0 && probe.Sound(clip.path, subject, prefix))
+            const bool isHeard = clip.kind == ClipKind::Audio || clip.kind == ClipKind::Video;
+            if (isHeard && gain > 0 && probe.Sound(clip.path, subject, prefix))
                 m_clips.emplace_back(clip, gain);
         }
     }

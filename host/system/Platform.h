@@ -24,6 +24,9 @@ int CreateNewFile(const std::filesystem::path& path);
 /// A number that no other running process has.
 std::string ProcessNumber();
 
+/// What names of libraries that are loaded end in: ".so" or ".dll".
+const char* ModuleExtension();
+
 /// @p path as the engine takes it. Bytes that are no UTF-8 survive.
 std::wstring EnginePath(const std::filesystem::path& path);
 

@@ -28,6 +28,11 @@ std::string ProcessNumber()
     return std::to_string(::getpid());
 }
 
+const char* ModuleExtension()
+{
+    return ".so";
+}
+
 std::wstring EnginePath(const std::filesystem::path& path)
 {
     return pal::FromPathBytes(path.native());

@@ -36,6 +36,11 @@ std::string ProcessNumber()
     return std::to_string(_getpid());
 }
 
+const char* ModuleExtension()
+{
+    return ".dll";
+}
+
 std::wstring EnginePath(const std::filesystem::path& path)
 {
     return path.native();

@@ -53,6 +53,8 @@ inline constexpr GUID MFVideoFormat_MJPG = PalMediaSubtype(PalFourCC('M', 'J', '
 inline constexpr GUID MFVideoFormat_VP80 = PalMediaSubtype(PalFourCC('V', 'P', '8', '0'));
 inline constexpr GUID MFVideoFormat_VP90 = PalMediaSubtype(PalFourCC('V', 'P', '9', '0'));
 inline constexpr GUID MFVideoFormat_AV1 = PalMediaSubtype(PalFourCC('A', 'V', '0', '1'));
+inline constexpr GUID MFVideoFormat_MPEG2{
+    0xE06D8026U, 0xDB46, 0x11CF, {0xB4, 0xD1, 0x00, 0x80, 0x5F, 0x6C, 0xBB, 0xEA}};
 inline constexpr GUID MFAudioFormat_PCM = PalMediaSubtype(1);   ///< whole numbers; 8 bits unsigned, more bits signed
 inline constexpr GUID MFAudioFormat_Float = PalMediaSubtype(3); ///< 32-bit floating point, full scale is 1
 inline constexpr GUID MFAudioFormat_MPEG = PalMediaSubtype(0x50);

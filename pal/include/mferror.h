@@ -15,3 +15,5 @@ inline constexpr HRESULT MF_E_ATTRIBUTENOTFOUND = static_cast<HRESULT>(0xC00D36E
 inline constexpr HRESULT MF_E_INVALIDINDEX = static_cast<HRESULT>(0xC00D36BFU);
 inline constexpr HRESULT MF_E_TOPO_CODEC_NOT_FOUND = static_cast<HRESULT>(0xC00D5212U);
 inline constexpr HRESULT MF_E_BUFFERTOOSMALL = static_cast<HRESULT>(0xC00D36B1U);
+inline constexpr HRESULT MF_E_SHUTDOWN = static_cast<HRESULT>(0xC00D3E85U);
+inline constexpr HRESULT MF_E_UNSUPPORTED_SERVICE = static_cast<HRESULT>(0xC00D36BAU);

@@ -147,6 +147,7 @@ inline constexpr DWORD WAIT_OBJECT_0 = 0;
 inline constexpr DWORD WAIT_TIMEOUT = 258;
 inline constexpr DWORD WAIT_FAILED = 0xFFFFFFFFU;
 inline constexpr DWORD MAXIMUM_WAIT_OBJECTS = 64;
+// NOLINTNEXTLINE(performance-no-int-to-ptr): the documented value
 inline HANDLE const INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(-1));
 
 struct SECURITY_ATTRIBUTES;

@@ -1,5 +1,6 @@
 #include "pal/media/MediaFile.h"
 #include "pal/kernel/PathText.h"
+#include "pal/media/DateText.h"
 
 #include <mferror.h>
 
@@ -41,7 +42,7 @@ HRESULT CheckRegularFile(const std::string& path)
 }
 } // namespace
 
-HRESULT MediaFile::Open(const std::wstring& path)
+HRESULT MediaFile::OpenHeader(const std::wstring& path)
 {
     QuietLibrary();
     const std::string bytes = ToPathBytes(path);
@@ -59,6 +60,14 @@ HRESULT MediaFile::Open(const std::wstring& path)
     if (opened < 0)
         return opened == AVERROR(EACCES) ? HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED) : MF_E_UNSUPPORTED_BYTESTREAM_TYPE;
     m_pFormat.reset(pFormat);
+    return S_OK;
+}
+
+HRESULT MediaFile::Open(const std::wstring& path)
+{
+    const HRESULT hr = OpenHeader(path);
+    if (FAILED(hr))
+        return hr;
     m_pFormat->flags |= AVFMT_FLAG_GENPTS;
     if (avformat_find_stream_info(m_pFormat.get(), nullptr) < 0)
         return MF_E_UNSUPPORTED_BYTESTREAM_TYPE;
@@ -91,6 +100,12 @@ std::uint64_t MediaFile::GetDuration() const
     if (duration == AV_NOPTS_VALUE || duration <= 0 || duration > INT64_MAX / kTicksPerMicrosecond)
         return 0;
     return static_cast<std::uint64_t>(duration * kTicksPerMicrosecond);
+}
+
+std::optional<std::uint64_t> MediaFile::GetCreationDate() const
+{
+    const AVDictionaryEntry* const pEntry = av_dict_get(m_pFormat->metadata, "creation_time", nullptr, 0);
+    return pEntry != nullptr ? ParseDate(pEntry->value) : std::nullopt;
 }
 
 std::uint32_t GetStreamRotation(const AVStream& stream)

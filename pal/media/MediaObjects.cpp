@@ -1,6 +1,8 @@
 #include "pal/media/Attributes.h"
 
 #include <mfapi.h>
+#include <mferror.h>
+#include <mfidl.h>
 
 #include <new>
 
@@ -34,4 +36,17 @@ extern "C" HRESULT MFCreateMediaType(IMFMediaType** ppType)
         return E_POINTER;
     *ppType = new (std::nothrow) pal::MediaType;
     return *ppType != nullptr ? S_OK : E_OUTOFMEMORY;
+}
+
+extern "C" HRESULT MFGetService(IUnknown* pObject, REFGUID service, REFIID iid, LPVOID* ppObject)
+{
+    if (pObject == nullptr || ppObject == nullptr)
+        return E_POINTER;
+    *ppObject = nullptr;
+    IMFGetService* pServices = nullptr;
+    if (FAILED(pObject->QueryInterface(IID_PPV_ARGS(&pServices))))
+        return MF_E_UNSUPPORTED_SERVICE;
+    const HRESULT hr = pServices->GetService(service, iid, ppObject);
+    pServices->Release();
+    return hr;
 }

@@ -24,6 +24,16 @@ extern "C" HRESULT PropVariantGetUInt16Elem(const PROPVARIANT& variant, ULONG in
     return S_OK;
 }
 
+extern "C" HRESULT PropVariantToFileTime(const PROPVARIANT& variant, PSTIME_FLAGS flags, FILETIME* pTime)
+{
+    if (pTime == nullptr)
+        return E_POINTER;
+    if (variant.vt != VT_FILETIME || flags != PSTF_UTC)
+        return E_INVALIDARG;
+    *pTime = variant.filetime;
+    return S_OK;
+}
+
 extern "C" HRESULT PropVariantToInt64(const PROPVARIANT& variant, LONGLONG* pValue)
 {
     if (pValue == nullptr)

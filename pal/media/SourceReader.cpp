@@ -120,8 +120,9 @@ HRESULT SourceReader::GetNativeMediaType(DWORD streamIndex, DWORD typeIndex, IMF
     return Guarded(
         [&]
         {
-            if (IsAudio(streamIndex))
-                return typeIndex == 0 ? CreateNativeAudioType(*ResolveStream(streamIndex), ppType) : MF_E_NO_MORE_TYPES;
+            const AVStream* const pStream = ResolveStream(streamIndex);
+            if (pStream != nullptr && pStream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO)
+                return typeIndex == 0 ? CreateNativeAudioType(*pStream, ppType) : MF_E_NO_MORE_TYPES;
             VideoSource* pVideo = nullptr;
             const HRESULT hr = GetVideo(streamIndex, &pVideo);
             if (FAILED(hr))

@@ -22,6 +22,8 @@ GUID SubtypeOf(const AVCodecParameters& parameters)
         return MFVideoFormat_HEVC;
     case AV_CODEC_ID_MPEG4:
         return MFVideoFormat_MP4V;
+    case AV_CODEC_ID_MPEG2VIDEO:
+        return MFVideoFormat_MPEG2;
     case AV_CODEC_ID_MJPEG:
         return MFVideoFormat_MJPG;
     case AV_CODEC_ID_VP8:

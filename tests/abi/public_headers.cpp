@@ -5,8 +5,8 @@
 #include "engine/qmx.h"
 
 constexpr unsigned long long kSizes[] = {
-    sizeof(tagSampleInfo),       sizeof(tagTransparentColorInfo), sizeof(tagVideoInfo),
-    sizeof(tagPIPPOSITION),      sizeof(tagRenderProp),           sizeof(tagTxEffectParam),
+    sizeof(tagSampleInfo),       sizeof(tagTransparentColorInfo), sizeof(tagVideoInfo),   sizeof(tagPIPPOSITION),
+    sizeof(tagRenderProp),       sizeof(tagTxEffectParam),        sizeof(tagAudioInfo),   sizeof(tagMediaInfo),
     sizeof(tagQMXTitleTextInfo), sizeof(tagQMXKeystrokeInfo),     sizeof(tagSWFMovieInfo)};
 
 void CallOneOfEach(IQMXDocument& document, IQMXTrack& track, IQMXCleaner& cleaner, IQMXBaseClip& clip,

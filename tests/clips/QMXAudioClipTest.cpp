@@ -1,5 +1,6 @@
 #include "engine/clips/QMXAudioClip.h"
 
+#include "engine/clips/QMXCameraClip.h"
 #include "engine/clips/QMXVideoClip.h"
 #include "tests/decoders/NullReference.h"
 #include "tests/decoders/media/AudioDecoderFixture.h"
@@ -53,7 +54,7 @@ protected:
     std::uint32_t last = 0; ///< what the last read returned
     std::uint8_t* own = nullptr;
 };
-using Kinds = testing::Types<CQMXAudioClip, CQMXVideoClip>;
+using Kinds = testing::Types<CQMXAudioClip, CQMXVideoClip, CQMXCameraClip>;
 TYPED_TEST_SUITE(ClipSoundTest, Kinds);
 
 std::vector<std::uint8_t> Zeros(std::size_t count)

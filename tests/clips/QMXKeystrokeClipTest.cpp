@@ -15,6 +15,8 @@ namespace
 using test_support::InkBox;
 using test_support::IsThere;
 using text_test::Frame;
+using text_test::FrameOf;
+using text_test::Request;
 
 class CQMXKeystrokeClipTest : public text_test::TextTest
 {
@@ -22,14 +24,6 @@ protected:
     CQMXKeystrokeClipTest() { clip.SetLeftAndTopAndWidth(0, 0, 1); }
     ~CQMXKeystrokeClipTest() override { RemoveAllDecoders(); }
 
-    static tagRenderProp Request(std::uint64_t flags = 0, std::uint32_t width = 320)
-    {
-        tagRenderProp request;
-        request.flags = flags;
-        request.width = width;
-        request.height = 144;
-        return request;
-    }
     static tagQMXKeystrokeInfo* NewItem(const std::wstring& text, std::uint64_t start)
     {
         auto* const item = new tagQMXKeystrokeInfo;
@@ -37,13 +31,6 @@ protected:
         item->startTime = start;
         item->fontName = text_test::kFamily;
         return item;
-    }
-    static Frame FrameOf(CQMXKeystrokeClip& clip, std::uint64_t time)
-    {
-        FrameResult result;
-        EXPECT_TRUE(clip.GetVideoFrame(time, &result));
-        EXPECT_FALSE(result.flag);
-        return text_test::Take(result.frame);
     }
     static std::size_t CountOf(CQMXKeystrokeClip& clip)
     {

@@ -14,6 +14,8 @@
 namespace
 {
 using text_test::Frame;
+using text_test::FrameOf;
+using text_test::Request;
 
 class CQMXTitleClipTest : public text_test::TextTest
 {
@@ -25,14 +27,6 @@ protected:
     }
     ~CQMXTitleClipTest() override { RemoveAllDecoders(); }
 
-    static tagRenderProp Request(std::uint64_t flags = 0, std::uint32_t width = 320)
-    {
-        tagRenderProp request;
-        request.flags = flags;
-        request.width = width;
-        request.height = 144;
-        return request;
-    }
     static tagQMXTitleTextInfo* NewItem(const std::wstring& text, std::uint32_t animation = 0)
     {
         auto* const item = new tagQMXTitleTextInfo;
@@ -41,13 +35,6 @@ protected:
         item->fontName = text_test::kFamily;
         item->animation = animation;
         return item;
-    }
-    static Frame FrameOf(CQMXTitleClip& clip, std::uint64_t time)
-    {
-        FrameResult result;
-        EXPECT_TRUE(clip.GetVideoFrame(time, &result));
-        EXPECT_FALSE(result.flag);
-        return text_test::Take(result.frame);
     }
     static std::size_t CountOf(CQMXTitleClip& clip)
     {

@@ -91,5 +91,35 @@ TEST(FillRowBlack, MakesOpaqueBlack)
     FillRowBlack(row.data(), 2);
     EXPECT_EQ(row, (Pixels{0, 0, 0, 255, 0, 0, 0, 255, 7, 7, 7, 7}));
 }
+
+TEST(CopyRowStraight, DividesPremultipliedColoursByTheirAlpha)
+{
+    Pixels from(256 * 256 * 4);
+    for (std::size_t i = 0; i < from.size() / 4; ++i)
+    {
+        const std::uint8_t alpha = static_cast<std::uint8_t>(i / 256);
+        const std::uint8_t level = static_cast<std::uint8_t>(i % 256); // above the alpha: light that is added
+        const std::uint8_t pixel[4] = {level, static_cast<std::uint8_t>(level / 2), alpha, alpha};
+        std::copy_n(pixel, 4, &from[i * 4]);
+    }
+    Pixels to(from.size(), 7);
+    CopyRowStraight(to.data(), from.data(), from.size() / 4, AlphaMode::Premultiplied);
+    for (std::size_t i = 0; i < from.size(); ++i)
+    {
+        const std::uint8_t alpha = from[i | 3U];
+        const double level = alpha == 0 ? 0 : std::min(255.0, std::floor(from[i] * 255.0 / alpha + 0.5));
+        ASSERT_EQ(to[i], i % 4 == 3 ? alpha : level) << "byte " << i;
+    }
+}
+
+TEST(CopyRowStraight, KeepsStraightPixelsAndMakesOthersOpaque)
+{
+    const Pixels from{1, 2, 3, 0, 4, 5, 6, 128, 7, 8, 9, 255};
+    Pixels to(12);
+    CopyRowStraight(to.data(), from.data(), 3, AlphaMode::Straight);
+    EXPECT_EQ(to, from);
+    CopyRowStraight(to.data(), from.data(), 3, AlphaMode::Opaque);
+    EXPECT_EQ(to, (Pixels{1, 2, 3, 255, 4, 5, 6, 255, 7, 8, 9, 255}));
+}
 } // namespace
 } // namespace qmx::host

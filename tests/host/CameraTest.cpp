@@ -72,11 +72,7 @@ protected:
     {
         const QmxRun run({"hash", Name("p.json"), "--from", from});
         EXPECT_EQ(run.ExitCode(), 0) << run.Errors();
-        std::vector<std::string> lines;
-        std::istringstream text(run.Output());
-        for (std::string line; std::getline(text, line);)
-            lines.push_back(line);
-        return lines;
+        return Lines(run.Output());
     }
 
     TemporaryFolder m_folder;

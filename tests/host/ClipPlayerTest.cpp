@@ -1,6 +1,5 @@
 #include "host/compose/ClipPlayer.h"
 
-#include "engine/model/QMXTrack.h"
 #include "host/project/FrameRate.h"
 
 #include <gtest/gtest.h>
@@ -59,25 +58,21 @@ private:
 
 /// One video clip over a source with a given number of frames, which answers as the engine's decoder does: past the
 /// end comes the picture returned before, flagged, and the same time asked again comes without the flag.
-class FakeTrack final : public CQMXTrack
+class FakeClip final : public CQMXBaseClip
 {
 public:
-    FakeTrack(std::uint64_t frames, double rate, std::uint64_t start, std::uint64_t inPoint)
-        : CQMXTrack(1, QMXTrackType{}, 1, {}), m_frames(frames), m_frameDuration(static_cast<std::uint64_t>(1e7 / rate))
+    FakeClip(std::uint64_t frames, double rate, std::uint64_t start, std::uint64_t inPoint)
+        : CQMXBaseClip(QMXClipType_Video), m_frames(frames), m_frameDuration(static_cast<std::uint64_t>(1e7 / rate))
     {
-        auto* const pClip = new CQMXBaseClip(QMXClipType_Video);
-        pClip->SetStartTime(start);
-        pClip->SetInPoint(inPoint);
-        AddClip(pClip);
+        SetStartTime(start);
+        SetInPoint(inPoint);
     }
 
-    ISampleBuffer* GetFrameByIndex(tagRenderProp& request, int index, std::uint64_t time, bool* pFlag) override
+    ISampleBuffer* GetFrame(tagRenderProp& request, std::uint64_t time, bool* pFlag) override
     {
-        EXPECT_EQ(index, 0);
         EXPECT_EQ(request.flags, kRequestUseCache);
         EXPECT_EQ(request.width, 320U);
-        IQMXBaseClip& clip = *GetClip(0);
-        const std::uint64_t frame = (clip.GetInPoint() + time - clip.GetStartTime()) / m_frameDuration;
+        const std::uint64_t frame = (GetInPoint() + time - GetStartTime()) / m_frameDuration;
         *pFlag = false;
         ++asked;
         if (frame == m_lastAsked && m_pLast)
@@ -113,22 +108,22 @@ std::uint64_t NumberOf(const SampleBufferPtr& pPicture)
 
 TEST(ClipPlayer, ShowsTheFrameThatIsOnScreen)
 {
-    FakeTrack track(300, 30, 20'000'000, 5'000'000);
-    ClipPlayer player(track, 0, 320, 180, SourceOf("30", 100'000'000));
+    FakeClip clip(300, 30, 20'000'000, 5'000'000);
+    ClipPlayer player(clip, 320, 180, SourceOf("30", 100'000'000));
     EXPECT_EQ(NumberOf(player.PictureAt(20'000'000)), 15U);
     EXPECT_EQ(NumberOf(player.PictureAt(20'333'333)), 16U);
     EXPECT_EQ(NumberOf(player.PictureAt(21'000'000)), 18U);
-    EXPECT_EQ(track.asked, 3);
+    EXPECT_EQ(clip.asked, 3);
 }
 
 TEST(ClipPlayer, HoldsTheLastPictureWhenTheSourceEndsFirst)
 {
-    FakeTrack track(10, 30, 0, 0);
-    ClipPlayer player(track, 0, 320, 180, SourceOf("30", 3'333'333));
+    FakeClip clip(10, 30, 0, 0);
+    ClipPlayer player(clip, 320, 180, SourceOf("30", 3'333'333));
     const FrameRate thirty = FrameRate::Parse("30").value();
     for (std::uint64_t frame = 0; frame < 200; ++frame)
         ASSERT_EQ(NumberOf(player.PictureAt(thirty.TimeOfFrame(frame))), std::min<std::uint64_t>(frame, 9));
-    EXPECT_LE(track.decoded, 12); // ten pictures, the first one beyond, the last again at most
+    EXPECT_LE(clip.decoded, 12); // ten pictures, the first one beyond, the last again at most
 }
 
 TEST(ClipPlayer, ATimeBeyondTheEndShowsTheLastPictureAlsoWhenAskedFirst)
@@ -139,36 +134,36 @@ TEST(ClipPlayer, ATimeBeyondTheEndShowsTheLastPictureAlsoWhenAskedFirst)
         // What the container says may be right, missing, too short or far too long.
         for (const std::uint64_t stated : {length, std::uint64_t{0}, length / 2, length * 7, length + 100})
         {
-            FakeTrack track(frames, 30, 0, 0);
-            ClipPlayer player(track, 0, 320, 180, SourceOf("30", stated));
+            FakeClip clip(frames, 30, 0, 0);
+            ClipPlayer player(clip, 320, 180, SourceOf("30", stated));
             EXPECT_EQ(NumberOf(player.PictureAt(length * 20)), frames - 1) << frames << " stated " << stated;
             EXPECT_EQ(NumberOf(player.PictureAt(length * 20 + 333'333)), frames - 1);
             EXPECT_EQ(NumberOf(player.PictureAt(0)), 0U);
-            EXPECT_LE(track.decoded, 51); // down, up and halving: 3 times the 17 doublings that make 100,000
+            EXPECT_LE(clip.decoded, 51); // down, up and halving: 3 times the 17 doublings that make 100,000
         }
     }
 }
 
 TEST(ClipPlayer, ATruthfulContainerMakesTheSearchShort)
 {
-    FakeTrack track(300, 30000.0 / 1001, 0, 0);
-    ClipPlayer player(track, 0, 320, 180, SourceOf("30000/1001", 100'100'000));
+    FakeClip clip(300, 30000.0 / 1001, 0, 0);
+    ClipPlayer player(clip, 320, 180, SourceOf("30000/1001", 100'100'000));
     EXPECT_EQ(NumberOf(player.PictureAt(2'000'000'000)), 299U);
-    EXPECT_LE(track.decoded, 4);
+    EXPECT_LE(clip.decoded, 4);
 }
 
 TEST(ClipPlayer, AnInPointBehindTheEndShowsTheLastPicture)
 {
-    FakeTrack track(10, 25, 50'000'000, 900'000'000);
-    ClipPlayer player(track, 0, 320, 180, SourceOf("25", 4'000'000));
+    FakeClip clip(10, 25, 50'000'000, 900'000'000);
+    ClipPlayer player(clip, 320, 180, SourceOf("25", 4'000'000));
     EXPECT_EQ(NumberOf(player.PictureAt(50'000'000)), 9U);
     EXPECT_EQ(NumberOf(player.PictureAt(60'000'000)), 9U);
 }
 
 TEST(ClipPlayer, JumpsBackwardsShowTheirOwnFrames)
 {
-    FakeTrack track(100, 25, 0, 0);
-    ClipPlayer player(track, 0, 320, 180, SourceOf("25", 40'000'000));
+    FakeClip clip(100, 25, 0, 0);
+    ClipPlayer player(clip, 320, 180, SourceOf("25", 40'000'000));
     EXPECT_EQ(NumberOf(player.PictureAt(36'000'000)), 90U);
     EXPECT_EQ(NumberOf(player.PictureAt(4'000'000)), 10U);
     EXPECT_EQ(NumberOf(player.PictureAt(80'000'000)), 99U);
@@ -178,19 +173,19 @@ TEST(ClipPlayer, JumpsBackwardsShowTheirOwnFrames)
 
 TEST(ClipPlayer, ASourceWithoutPicturesGivesNone)
 {
-    FakeTrack track(0, 25, 0, 0);
-    ClipPlayer player(track, 0, 320, 180, SourceOf("25", 40'000'000));
+    FakeClip clip(0, 25, 0, 0);
+    ClipPlayer player(clip, 320, 180, SourceOf("25", 40'000'000));
     EXPECT_FALSE(player.PictureAt(0));
     EXPECT_FALSE(player.PictureAt(400'000));
 }
 
 TEST(ClipPlayer, ClipsWithoutASourceAreAskedAsTheyAre)
 {
-    FakeTrack track(5, 10, 0, 0);
-    ClipPlayer player(track, 0, 320, 180);
+    FakeClip clip(5, 10, 0, 0);
+    ClipPlayer player(clip, 320, 180);
     EXPECT_EQ(NumberOf(player.PictureAt(4'000'000)), 4U);
     EXPECT_EQ(NumberOf(player.PictureAt(9'000'000)), 4U); // flagged, and handed on
-    EXPECT_EQ(track.asked, 2);
+    EXPECT_EQ(clip.asked, 2);
 }
 } // namespace
 } // namespace qmx::host

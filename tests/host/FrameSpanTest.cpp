@@ -60,8 +60,8 @@ TEST(SpanBetween, RefusesTimesOutsideAndSpansWithoutAFrame)
               "--from: 2 lies at or behind the project's end at 2.0000000 seconds");
     EXPECT_EQ(ErrorOf([&] { SpanBetween(project, "", "2.1"); }),
               "--to: 2.1 lies behind the project's end at 2.0000000 seconds");
-    EXPECT_EQ(ErrorOf([&] { SpanBetween(project, "-1", ""); }), "--from: -1 lies outside the project");
-    EXPECT_EQ(ErrorOf([&] { SpanBetween(project, "", "1e99"); }), "--to: 1e99 lies outside the project");
+    EXPECT_EQ(ErrorOf([&] { SpanBetween(project, "-1", ""); }), "--from: -1 lies outside 0 to 1000000 seconds");
+    EXPECT_EQ(ErrorOf([&] { SpanBetween(project, "", "1e99"); }), "--to: 1e99 lies outside 0 to 1000000 seconds");
     EXPECT_EQ(ErrorOf([&] { SpanBetween(project, "x", ""); }), "--from: \"x\" is no number of seconds");
     EXPECT_EQ(ErrorOf([&] { SpanBetween(project, "1", "1"); }),
               "--to: no frame starts between 1.0000000 and 1.0000000 seconds");

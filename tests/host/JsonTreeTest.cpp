@@ -89,5 +89,39 @@ TEST(ParseJson, LimitsTheMembersOfAnObject)
     EXPECT_EQ(ErrorOf(text + '}'), "");
     EXPECT_EQ(ErrorOf(text + ", \"more\": 0}"), ": too many members, at most 64");
 }
+
+TEST(JsonTree, OwnLimitsHoldInsteadOfTheUsualOnes)
+{
+    const auto error = [](const std::string& text, const JsonLimits& limits)
+    {
+        try
+        {
+            (void)ParseJson(text, limits);
+        }
+        catch (const JsonError& failure)
+        {
+            return std::string(failure.what());
+        }
+        return std::string();
+    };
+    EXPECT_EQ(error("[[[1]]]", {.depth = 3}), "");
+    EXPECT_EQ(error("[[[[1]]]]", {.depth = 3}), "nested deeper than 3 levels");
+    EXPECT_EQ(error("[1, [2], 3]", {.values = 5}), "");
+    EXPECT_EQ(error("[1, [2], 3, 4]", {.values = 5}), "holds more than 5 values");
+    EXPECT_EQ(error(R"({"a": 1, "b": 2})", {.members = 2}), "");
+    EXPECT_EQ(error(R"({"a": 1, "b": 2, "c": 3})", {.members = 2}), "too many members, at most 2");
+}
+
+TEST(JsonTree, NamesOfLargeObjectsDifferToo)
+{
+    std::string text = "{";
+    for (int i = 0; i < 200; ++i)
+        text += "\"m" + std::to_string(i) + "\": {}, ";
+    const JsonLimits limits{.members = 1'000};
+    EXPECT_EQ(ParseJson(text + R"("m200": 1})", limits).members.size(), 201U);
+    for (const char* const pTwice : {"m0", "m63", "m64", "m199"})
+        EXPECT_THROW((void)ParseJson(text + '"' + pTwice + R"(": 1})", limits), JsonError) << pTwice;
+    EXPECT_EQ(ParseJson("[" + text + R"("x": 1}, {"m0": 1, "x": 2}])", limits).items[1].members.size(), 2U);
+}
 } // namespace
 } // namespace qmx::host

@@ -120,10 +120,10 @@ TEST_F(Pictures, InfoTellsTheirFacts)
     gif.Control(5, 1).Solid(0, 0, 12, 7, 0).Control(20, 1).Solid(0, 0, 12, 7, 1);
     Write("a.gif", gif.End().bytes);
     ASSERT_TRUE(test_support::WritePng(Name("b.png"), TwoHalves(31, 9, 0xFFFF0000U, 0xFF00FF00U)));
-    const QmxRun text({"info", Name("a.gif"), Name("b.png")});
+    const QmxRun text({"info", Name("b.png")});
     EXPECT_EQ(text.ExitCode(), 0) << text.Errors();
-    EXPECT_EQ(text.Output(), Name("a.gif") + ": GIF, 12 x 7, orientation 1, 2 frames, 0.29 s\n" + Name("b.png") +
-                                 ": PNG, 31 x 9, orientation 1, 1 frame\n");
+    EXPECT_EQ(text.Output().rfind(Name("b.png") + "\n  kind          picture, PNG\n", 0), 0U) << text.Output();
+    EXPECT_NE(text.Output().find("  size          31 x 9\n  frames        1\n  orientation   1\n"), std::string::npos);
     const QmxRun run({"info", "--json", Name("a.gif")});
     const nlohmann::json list = nlohmann::json::parse(run.Output(), nullptr, false);
     ASSERT_EQ(list.size(), 1U);
@@ -138,7 +138,9 @@ TEST_F(Pictures, InfoTellsTheUprightSizeOfTurnedPhotographs)
 {
     QMX_REQUIRE_CORPUS(photo, "images/exif/Landscape_6.jpg");
     const QmxRun run({"info", photo.string()});
-    EXPECT_EQ(run.Output(), photo.string() + ": JPEG, 1800 x 1200, orientation 6, 1 frame\n");
+    EXPECT_NE(run.Output().find("  size          1800 x 1200\n  frames        1\n  orientation   6\n"),
+              std::string::npos)
+        << run.Output();
 }
 
 TEST_F(Pictures, FilesThatAreNoneOrMisnamedAreErrorsOfTheMedia)

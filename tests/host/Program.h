@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -44,4 +45,14 @@ struct QmxRun : Program
 {
     explicit QmxRun(const std::vector<std::string>& arguments);
 };
+
+/// What was printed, line by line.
+inline std::vector<std::string> Lines(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
 } // namespace qmx::host

@@ -137,6 +137,18 @@ TEST_F(SoundMixerTest, SoundsTheSameWhereverItBegins)
         ASSERT_LE(std::abs(value), 32'768.5F); // however loud
 }
 
+TEST_F(SoundMixerTest, ClipsThatAreOnlySeenAreSilentWhateverTheirFiles)
+{
+    const host::Project project = Project(Track(1, R"({"type": "title", "start": 0, "duration": 1, "texts": []},
+        {"type": "keystroke", "start": 1, "duration": 1, "keystrokes": []},
+        {"type": "image", "start": 2, "duration": 1, "path": "none.png"},
+        {"type": "camera", "start": 3, "duration": 1, "path": "none.mjpg"},
+        {"type": "color", "start": 4, "duration": 1},
+        {"type": "transition", "start": 5, "duration": 1, "from": {"type": "video", "path": "low.wav"}})"));
+    MediaProbe probe;
+    EXPECT_FALSE(SoundMixer(project, probe).HasSound());
+}
+
 TEST_F(SoundMixerTest, AColorHasNoSoundAndAFileThatCannotBeReadIsAnError)
 {
     MediaProbe probe;

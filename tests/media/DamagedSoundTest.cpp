@@ -2,40 +2,29 @@
 /// Sounds that were cut off or overwritten in places: silence or what can be decoded, never a crash, a hang or a flood
 /// of memory.
 #include "engine/decoders/media/AudioDecoder.h"
+#include "engine/decoders/media/MediaInfo.h"
+#include "tests/media/Damage.h"
 #include "tests/support/ClipFixture.h"
 #include "tests/support/MediaFolder.h"
 #include "tests/support/Process.h"
-#include "tests/support/Random.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <fstream>
-#include <sstream>
 #include <vector>
 
 using namespace test_support;
 
 namespace
 {
-constexpr std::chrono::seconds kStepLimit{10};
 constexpr std::uint64_t kMemoryLimit = 512ULL << 20; // over what the process had before
 /// A damaged header may claim hours, and an honest reader fills holes with silence; nobody listens that long.
 constexpr std::uint64_t kMostBytes = 192'000 * 60;
 
-std::vector<std::string> CorpusSounds()
-{
-    std::vector<std::string> names;
-    std::error_code absent;
-    for (const auto& entry : std::filesystem::directory_iterator(CorpusFolder() / "audio", absent))
-        names.push_back(entry.path().filename().string());
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
 /// Opens what there is, reads it, jumps to the middle and beyond the end, and back.
-void Exercise(const std::filesystem::path& path)
+void Listen(const std::filesystem::path& path)
 {
+    tagMediaInfo media;
+    QMXGetMediaInfo(EnginePath(path), &media);
     std::vector<unsigned char> block(192'000);
     void* hSound = nullptr;
     if (FAILED(QMXGetClipAudioBegin(&hSound, EnginePath(path), 0)))
@@ -65,14 +54,6 @@ void Exercise(const std::filesystem::path& path)
     QMXGetClipAudioEnd(hSound);
 }
 
-std::string NameOf(const testing::TestParamInfo<std::string>& info)
-{
-    std::string name = info.param;
-    std::replace_if(
-        name.begin(), name.end(), [](char c) { return c == '-' || c == '.'; }, '_');
-    return name;
-}
-
 class CutSoundTest : public testing::TestWithParam<std::string>
 {
 protected:
@@ -89,63 +70,20 @@ protected:
 
 TEST_P(CutSoundTest, CutAnywhereIsRefusedOrPartlyHeard)
 {
-    constexpr std::uint64_t kCuts = 64;
-    QMX_REQUIRE_CORPUS(original, std::filesystem::path("audio") / GetParam());
-    const std::filesystem::path copy = ScratchFolder() / GetParam();
-    std::filesystem::copy_file(original, copy, std::filesystem::copy_options::overwrite_existing);
-    std::filesystem::permissions(copy, std::filesystem::perms::owner_write, std::filesystem::perm_options::add);
-    const std::uint64_t size = std::filesystem::file_size(copy);
-    ResetPeakResidentBytes();
-    const std::uint64_t before = ResidentBytes();
-    Watchdog watchdog(kStepLimit);
-    for (std::uint64_t cut = kCuts; cut > 0; --cut) // the copy can only become shorter
-    {
-        const std::uint64_t length = size * cut / (kCuts + 1);
-        watchdog.Step(GetParam() + " cut after " + std::to_string(length) + " bytes");
-        std::filesystem::resize_file(copy, length);
-        Exercise(copy);
-    }
-    EXPECT_LT(PeakResidentBytes(), before + kMemoryLimit);
-    std::filesystem::remove(copy);
+    QMX_REQUIRE_CORPUS(path, std::filesystem::path("audio") / GetParam());
+    CutAnywhere(path, ResidentBytes() + kMemoryLimit, Listen);
 }
 
-INSTANTIATE_TEST_SUITE_P(Files, CutSoundTest, testing::ValuesIn(CorpusSounds()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Files, CutSoundTest, testing::ValuesIn(CorpusFiles("audio")), NameOfFile);
 
 TEST_P(OverwrittenSoundTest, OverwrittenAnywhereIsRefusedOrPartlyHeard)
 {
-    constexpr int kMutations = 200;
-    QMX_REQUIRE_CORPUS(original, std::filesystem::path("audio") / GetParam());
-    std::ifstream input(original, std::ios::binary);
-    std::ostringstream content;
-    content << input.rdbuf();
-    const std::string bytes = content.str();
-    ASSERT_FALSE(bytes.empty());
-    const std::filesystem::path copy = ScratchFolder() / GetParam();
-    Random random;
-    ResetPeakResidentBytes();
-    const std::uint64_t before = ResidentBytes();
-    Watchdog watchdog(kStepLimit);
-    for (int mutation = 0; mutation < kMutations; ++mutation)
-    {
-        watchdog.Step(GetParam() + ", overwriting " + std::to_string(mutation) +
-                      " with QMX_TEST_SEED=" + std::to_string(random.Seed()));
-        std::string damaged = bytes;
-        // Headers lie at the front; half of the hits go there.
-        const std::uint64_t edge = std::min<std::uint64_t>(bytes.size(), 1024);
-        for (std::uint64_t hits = 1 + random.Below(8); hits > 0; --hits)
-        {
-            const std::uint64_t at = random.Below(2) == 0 ? random.Below(edge) : random.Below(bytes.size());
-            damaged[at] = static_cast<char>(random.Below(256));
-        }
-        std::ofstream(copy, std::ios::binary | std::ios::trunc)
-            .write(damaged.data(), static_cast<std::streamsize>(damaged.size()));
-        Exercise(copy);
-    }
-    EXPECT_LT(PeakResidentBytes(), before + kMemoryLimit);
-    std::filesystem::remove(copy);
+    constexpr std::uint64_t kEdge = 1024;
+    QMX_REQUIRE_CORPUS(path, std::filesystem::path("audio") / GetParam());
+    OverwriteAnywhere(path, kEdge, ResidentBytes() + kMemoryLimit, Listen);
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, OverwrittenSoundTest,
                          testing::Values("test-cbr-info-header.mp3", "sine-200000samples-itunes.m4a", "bear_vorbis.ogg",
                                          "flac1sMono.flac", "piano_8bit_stereo.wav"),
-                         NameOf);
+                         NameOfFile);

@@ -1,5 +1,6 @@
 /// @file SoundOfFilmsTest.cpp
 /// The sound beside pictures stands where the container puts it: later, earlier, cut or from an odd time on.
+#include "engine/qmx.h"
 #include "tests/support/ClipFixture.h"
 #include "tests/support/MediaFolder.h"
 #include "tests/support/ReferenceSound.h"
@@ -68,6 +69,33 @@ TEST_P(SoundOfFilmsTest, StandsWhereTheContainerPutsIt)
     // The same place when it is sought, two seconds in.
     const Sound sought = DecodeByEngine(path, 20'000'000, 5'000);
     EXPECT_LT(DifferenceInDb(sought, 0, sound, 96'000, 5'000), -80);
+}
+
+/// Films in videos, in sound clips and in recordings sound alike.
+TEST(SoundOfClips, IsThatOfTheFileWhateverTheKind)
+{
+    QMX_REQUIRE_MEDIA(path, "h264-bframes-30.mp4");
+    const MediaServices services;
+    Sound expected = DecodeByEngine(path, 15'000'000, 48'000); // 1 s into the clip, from 0.5 s on
+    ASSERT_GE(expected.Samples(), 48'000U);
+    expected.values.resize(96'000);
+    for (const QMXClipType type : {QMXClipType_Video, QMXClipType_Camera, QMXClipType_Audio})
+    {
+        const std::unique_ptr<IQMXBaseClip> pClip(CreateClipByClipType(type));
+        pClip->SetFilePath(EnginePath(path));
+        pClip->SetStartTime(70'000'000);
+        pClip->SetInPoint(5'000'000);
+        tagRenderProp request;
+        request.audioParams = {48'000, 80'000'000};
+        ASSERT_TRUE(pClip->OpenAudio(request));
+        Sound sound = expected;
+        std::fill(sound.values.begin(), sound.values.end(), std::int16_t{0});
+        auto* pBytes = reinterpret_cast<std::uint8_t*>(sound.values.data());
+        auto cb = static_cast<std::uint32_t>(sound.values.size() * sizeof(std::int16_t));
+        EXPECT_EQ(pClip->ReadAudio(&pBytes, &cb), cb);
+        EXPECT_EQ(sound.values, expected.values) << "kind " << type;
+        EXPECT_NE(std::count(sound.values.begin(), sound.values.end(), 0), static_cast<long>(sound.values.size()));
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -5,8 +5,8 @@
 
 namespace
 {
-using test_support::FindFontFile;
 using test_support::FindInk;
+using test_support::HasFont;
 using test_support::InkBox;
 using test_support::IsHalfThere;
 using test_support::IsThere;
@@ -27,17 +27,14 @@ protected:
     }
     void SetUp() override
     {
-        if (FindFontFile("DejaVu Sans").empty())
+        if (!HasFont({"DejaVu Sans"}))
             GTEST_SKIP() << "DejaVu Sans is not installed";
     }
     static InkBox Ink(const std::vector<std::uint8_t>& pixels, const test_support::PixelTest& counts = IsHalfThere)
     {
         return FindInk(pixels.data(), std::size_t{kWidth} * 4, kWidth, kHeight, counts);
     }
-    static MeasuredText Measure(std::string_view text, double size)
-    {
-        return MeasureText(FindFontFile("DejaVu Sans"), text, size);
-    }
+    static MeasuredText Measure(std::string_view text, double size) { return MeasureText({"DejaVu Sans"}, text, size); }
     static std::uint64_t Sum(const std::vector<std::uint8_t>& pixels)
     {
         std::uint64_t sum = 0;
@@ -159,7 +156,7 @@ TEST_F(TextDrawing, UnderlinesTheRangeThatIsAskedFor)
 
 TEST_F(TextDrawing, EmojiAreInColourAndFadeAsAWhole)
 {
-    if (FindFontFile("Noto Color Emoji").empty())
+    if (!HasFont({"Noto Color Emoji"}))
         GTEST_SKIP() << "Noto Color Emoji is not installed";
     const ComPtr<IDWriteTextLayout> p = Layout(L"Hi 😀", L"DejaVu Sans", 80, 600);
     const auto isYellow = [](const std::uint8_t* pPixel)
@@ -207,7 +204,7 @@ TEST_F(TextDrawing, ArabicLettersJoin)
 
 TEST_F(TextDrawing, CharactersThatTheFontLacksComeFromAnother)
 {
-    if (FindFontFile("WenQuanYi Micro Hei").empty())
+    if (!HasFont({"WenQuanYi Micro Hei"}))
         GTEST_SKIP() << "WenQuanYi Micro Hei is not installed";
     const InkBox ink = Ink(Draw(Layout(L"标题", L"DejaVu Sans", 100, 600), 20, 20, pWhite));
     EXPECT_NEAR(ink.Width(), 200, 20); // two full squares

@@ -6,7 +6,8 @@
 
 namespace
 {
-using test_support::FindFontFile;
+using test_support::FontName;
+using test_support::HasFont;
 using test_support::MeasuredText;
 using test_support::MeasureText;
 
@@ -60,10 +61,10 @@ std::wstring Wide(const std::string& utf8)
 TEST_P(TextLayoutAgainstHarfBuzz, IsAsWideAndHighWithinTwoPercent)
 {
     const Specimen& specimen = GetParam();
-    const std::string file = FindFontFile(specimen.family, specimen.weight, specimen.italic);
-    if (file.empty())
+    const FontName font{specimen.family, specimen.weight, specimen.italic};
+    if (!HasFont(font))
         GTEST_SKIP() << specimen.family << " is not installed";
-    const MeasuredText expected = MeasureText(file, specimen.utf8, specimen.size);
+    const MeasuredText expected = MeasureText(font, specimen.utf8, specimen.size);
     ASSERT_GT(expected.width, 0);
     const DWRITE_TEXT_METRICS metrics = MetricsOf(
         Layout(Wide(specimen.utf8), Wide(specimen.family).c_str(), specimen.size, kWide, DWRITE_TEXT_ALIGNMENT_LEADING,
@@ -216,7 +217,7 @@ TEST_F(TextLayout, TextsOfUnitsThatAreNoCharactersAreSet)
 
 TEST_F(TextLayout, WeightsDiffer)
 {
-    if (FindFontFile("Open Sans", 300) == FindFontFile("Open Sans", 800))
+    if (!HasFont({"Open Sans", 300}) || !HasFont({"Open Sans", 800}))
         GTEST_SKIP() << "Open Sans is not installed";
     const auto width = [&](int weight)
     { return MetricsOf(Layout(L"Weight", L"Open Sans", 100, kWide, DWRITE_TEXT_ALIGNMENT_LEADING, weight)).width; };

@@ -13,18 +13,20 @@ namespace
 {
 constexpr double kScale = 1024; // HarfBuzz's units to the pixel
 
-int FontconfigWeight(int weight)
+int IntegerOf(FcPattern* pFont, const char* pObject)
 {
-    return FcWeightFromOpenType(weight);
+    double value = 0;
+    return FcPatternGetDouble(pFont, pObject, 0, &value) == FcResultMatch ? static_cast<int>(value) : 0;
 }
-} // namespace
 
-std::string FindFontFile(const std::string& family, int weight, bool italic)
+/// File of the font; empty when there is none.
+std::string FindFontFile(const FontName& font)
 {
+    const int weight = FcWeightFromOpenType(font.weight);
     FcPattern* const pPattern = FcPatternCreate();
-    FcPatternAddString(pPattern, FC_FAMILY, reinterpret_cast<const FcChar8*>(family.c_str()));
-    FcPatternAddInteger(pPattern, FC_WEIGHT, FontconfigWeight(weight));
-    FcPatternAddInteger(pPattern, FC_SLANT, italic ? FC_SLANT_ITALIC : FC_SLANT_ROMAN);
+    FcPatternAddString(pPattern, FC_FAMILY, reinterpret_cast<const FcChar8*>(font.family.c_str()));
+    FcPatternAddInteger(pPattern, FC_WEIGHT, weight);
+    FcPatternAddInteger(pPattern, FC_SLANT, font.italic ? FC_SLANT_ITALIC : FC_SLANT_ROMAN);
     FcConfigSubstitute(nullptr, pPattern, FcMatchPattern);
     FcDefaultSubstitute(pPattern);
     FcResult result = FcResultNoMatch;
@@ -35,7 +37,8 @@ std::string FindFontFile(const std::string& family, int weight, bool italic)
     for (int i = 0; pFound != nullptr && FcPatternGetString(pFound, FC_FAMILY, i, &pText) == FcResultMatch; ++i)
     {
         FcChar8* pFile = nullptr;
-        if (family == reinterpret_cast<const char*>(pText) &&
+        if (font.family == reinterpret_cast<const char*>(pText) && IntegerOf(pFound, FC_WEIGHT) == weight &&
+            (IntegerOf(pFound, FC_SLANT) != FC_SLANT_ROMAN) == font.italic &&
             FcPatternGetString(pFound, FC_FILE, 0, &pFile) == FcResultMatch)
             file = reinterpret_cast<const char*>(pFile);
     }
@@ -43,11 +46,17 @@ std::string FindFontFile(const std::string& family, int weight, bool italic)
         FcPatternDestroy(pFound);
     return file;
 }
+} // namespace
 
-MeasuredText MeasureText(const std::string& fontFile, std::string_view utf8, double size)
+bool HasFont(const FontName& font)
+{
+    return !FindFontFile(font).empty();
+}
+
+MeasuredText MeasureText(const FontName& font, std::string_view utf8, double size)
 {
     MeasuredText measured;
-    hb_blob_t* const pBlob = hb_blob_create_from_file_or_fail(fontFile.c_str());
+    hb_blob_t* const pBlob = hb_blob_create_from_file_or_fail(FindFontFile(font).c_str());
     if (pBlob == nullptr)
         return measured;
     hb_face_t* const pFace = hb_face_create(pBlob, 0);
@@ -88,10 +97,10 @@ MeasuredText MeasureText(const std::string& fontFile, std::string_view utf8, dou
         measured.inkRight = right;
         measured.inkBottom = bottom;
     }
-    hb_font_extents_t font{};
-    hb_font_get_h_extents(pFont, &font);
-    measured.ascent = (font.ascender + std::max(font.line_gap, 0)) / kScale;
-    measured.descent = -font.descender / kScale;
+    hb_font_extents_t line{};
+    hb_font_get_h_extents(pFont, &line);
+    measured.ascent = (line.ascender + std::max(line.line_gap, 0)) / kScale;
+    measured.descent = -line.descender / kScale;
 
     hb_buffer_destroy(pBuffer);
     hb_font_destroy(pFont);

@@ -1,6 +1,6 @@
 /// @file FontReference.h
-/// Measures of text taken from font files by HarfBuzz and Fontconfig alone, for what the platform layer is held
-/// against.
+/// Measures of text taken from fonts by others than those that draw it: by HarfBuzz and Fontconfig on Linux, by GDI on
+/// Windows.
 #pragma once
 
 #include <string>
@@ -21,11 +21,19 @@ struct MeasuredText
     double Height() const { return ascent + descent; }
 };
 
-/// File of a font that the system has under exactly this family name. Empty when there is none.
-std::string FindFontFile(const std::string& family, int weight = 400, bool italic = false);
+struct FontName
+{
+    std::string family;
+    int weight = 400; ///< 100..900
+    bool italic = false;
+};
 
-/// @param utf8  one line in one script, without characters that the font does not have
+/// Whether the system has a font of exactly this name.
+bool HasFont(const FontName& font);
+
+/// @param utf8  one line in one script, without characters that the font does not have. On Windows of ASCII, which is
+///              not kerned.
 /// @param size  pixels to the em
-/// @return all 0 when the file cannot be read
-MeasuredText MeasureText(const std::string& fontFile, std::string_view utf8, double size);
+/// @return all 0 when there is no such font
+MeasuredText MeasureText(const FontName& font, std::string_view utf8, double size);
 } // namespace test_support

@@ -24,7 +24,7 @@ public:
     ~CAudioDecoder();
     /// Copy pointers as plain values, without references: never copy a decoder that is open.
     CAudioDecoder(const CAudioDecoder& other) = default;
-    CAudioDecoder& operator=(const CAudioDecoder& other) = default;
+    CAudioDecoder& operator=(const CAudioDecoder& other) = default; ///< likewise
 
     /// Opens @p path and fixes the output to 48,000 Hz, 16 bits, two channels. A file that was open before is given
     /// up once the new one is open.

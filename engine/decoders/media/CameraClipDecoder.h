@@ -29,7 +29,7 @@ public:
     CCameraClipDecoder() = default;
     /// Copies pointers as plain values, without references: never copy a decoder that is open.
     CCameraClipDecoder(const CCameraClipDecoder& other) = default;
-    CCameraClipDecoder& operator=(const CCameraClipDecoder& other) = default;
+    CCameraClipDecoder& operator=(const CCameraClipDecoder& other) = default; ///< likewise
 
     /// Opens the recording once; a decoder that is open answers true and does not look at @p prop. Motion-JPEG frames
     /// keep the size that is asked for here.

@@ -1,5 +1,6 @@
 #include "engine/decoders/media/VideoDecoder.h"
 
+#include "engine/decoders/media/PresentationDuration.h"
 #include "engine/platform/PixelUtility.h"
 #include "engine/platform/ReleaseAndClear.h"
 #include "engine/platform/ReturnIfFailed.h"
@@ -10,7 +11,6 @@
 #include <mferror.h>
 #include <mfidl.h>
 #include <mfreadwrite.h>
-#include <propvarutil.h>
 
 #include <algorithm>
 #include <limits>
@@ -181,15 +181,7 @@ HRESULT CVideoDecoder::_FillVideoInfo(IMFMediaType* pNative, tagVideoInfo& info)
     if (!pSample)
         return E_FAIL;
 
-    PROPVARIANT value;
-    PropVariantInit(&value);
-    LONGLONG duration = 0;
-    if (SUCCEEDED(m_pReader->GetPresentationAttribute(static_cast<DWORD>(MF_SOURCE_READER_MEDIASOURCE), MF_PD_DURATION,
-                                                      &value)) &&
-        SUCCEEDED(PropVariantToInt64(value, &duration)))
-        info.dDuration = static_cast<double>(duration) / static_cast<double>(kTimePerSecond);
-    PropVariantClear(&value);
-
+    ReadDuration(*m_pReader, info.dDuration);
     GetPixelAspect(pNative, info.nPixelAspectX, info.nPixelAspectY);
     UINT32 rotation = 0;
     if (SUCCEEDED(pNative->GetUINT32(MF_MT_VIDEO_ROTATION, &rotation)))

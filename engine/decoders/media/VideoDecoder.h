@@ -31,7 +31,7 @@ public:
     CVideoDecoder() = default;
     /// Copies pointers as plain values, without references: never copy a decoder that is open.
     CVideoDecoder(const CVideoDecoder& other) = default;
-    CVideoDecoder& operator=(const CVideoDecoder& other) = default;
+    CVideoDecoder& operator=(const CVideoDecoder& other) = default; ///< likewise
 
     bool Initialize(const tagDecProp& prop) override;
     /// @param time         100 ns from the start of the file.

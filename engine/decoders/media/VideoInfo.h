@@ -16,8 +16,8 @@ struct tagVideoInfo
     std::uint32_t nFrameRateNum = 0; ///< numerator
     std::uint32_t nFrameRateDen = 0; ///< denominator
     std::uint32_t nPixelAspectX = 0; ///< shape of a pixel; 1 when the stream does not say
-    std::uint32_t nPixelAspectY = 0;
-    double dDuration = 0; ///< seconds
+    std::uint32_t nPixelAspectY = 0; ///< likewise
+    double dDuration = 0;            ///< seconds
 };
 static_assert(sizeof(tagVideoInfo) == 48 && offsetof(tagVideoInfo, dFrameRate) == 16 &&
                   offsetof(tagVideoInfo, nPixelAspectX) == 32 && offsetof(tagVideoInfo, dDuration) == 40,

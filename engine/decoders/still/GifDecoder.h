@@ -25,7 +25,7 @@ public:
     CGifDecoder() = default;
     /// Copies the frames as plain pointers, without references: only for decoders that hold none.
     CGifDecoder(const CGifDecoder& other) = default;
-    CGifDecoder& operator=(const CGifDecoder& other) = default;
+    CGifDecoder& operator=(const CGifDecoder& other) = default; ///< likewise
 
     /// Opens the file, composes frame 0 and, unless the record's flags have the bit kRequestNoTimeTable, reads how long
     /// each frame lasts.

@@ -25,7 +25,7 @@ public:
     CImageDecoder() = default;
     /// Copies the frames as plain pointers, without references: only for decoders that hold none.
     CImageDecoder(const CImageDecoder& other);
-    CImageDecoder& operator=(const CImageDecoder& other);
+    CImageDecoder& operator=(const CImageDecoder& other); ///< likewise
 
     /// Opens the file and decodes no pixels. @return false when it is no picture that can be read
     bool Initialize(const tagDecProp& prop) override;
@@ -60,10 +60,10 @@ protected:
     /// True when the record names another file than the one that is open.
     bool IsPathChanged() const { return m_strOpenPath != m_prop.filePath; }
 
-    ISampleBuffer* m_pProcessed = nullptr; // owns one reference; the finished frame
-    ISampleBuffer* m_pRaw = nullptr;       // owns one reference; upright, at its own size (even sides), before scaling
-    IWICImagingFactory* m_pFactory = nullptr;      // owns one reference
-    IWICBitmapDecoder* m_pBitmapDecoder = nullptr; // owns one reference
+    ISampleBuffer* m_pProcessed = nullptr; ///< owns one reference; the finished frame
+    ISampleBuffer* m_pRaw = nullptr; ///< owns one reference; upright, at its own size (even sides), before scaling
+    IWICImagingFactory* m_pFactory = nullptr;      ///< owns one reference
+    IWICBitmapDecoder* m_pBitmapDecoder = nullptr; ///< owns one reference
     bool m_bPropertyChanged = false;               ///< the finished frame was made for another record
 
 private:

@@ -24,35 +24,22 @@ float WholePixels(std::uint32_t height, std::uint32_t pixels)
 }
 } // namespace
 
-CKeystrokeDecoder::~CKeystrokeDecoder()
-{
-    _InternalClose();
-}
+CKeystrokeDecoder::~CKeystrokeDecoder() = default;
 
 bool CKeystrokeDecoder::Initialize(const tagDecProp& prop)
 {
-    if (IsNullReference(&prop))
-        return true;
-    _InternalClose();
-    CDecoder::Initialize(prop);
-    m_nWidth = prop.width;
-    m_nHeight = prop.height;
-    try
+    if (!IsNullReference(&prop))
     {
-        m_canvas.Open(m_nWidth, m_nHeight);
+        m_vecKeyInfos.clear();
+        m_fLeft = 0;
+        m_fTop = 0;
     }
-    catch (const std::bad_alloc&)
-    {
-        m_canvas.Close(); // frames are null then, and the next record of another size tries again
-    }
-    return true;
+    return CTextDecoder::Initialize(prop);
 }
 
 void CKeystrokeDecoder::SetDecoderProperty(const tagDecProp& prop)
 {
-    CDecoder::SetDecoderProperty(prop);
-    if (!IsNullReference(&prop) && (prop.width != m_nWidth || prop.height != m_nHeight))
-        Initialize(prop);
+    CTextDecoder::SetDecoderProperty(prop);
 }
 
 bool CKeystrokeDecoder::InitializeKeystrokeText(const std::vector<tagQMXKeystrokeInfo*>& items, std::uint64_t startTime)
@@ -68,27 +55,17 @@ catch (const std::bad_alloc&)
     return false;
 }
 
+bool CKeystrokeDecoder::IsShowing(const std::vector<tagQMXKeystrokeInfo*>& items) const
+{
+    return m_vecKeyInfos == items;
+}
+
 bool CKeystrokeDecoder::InitializeLeftAndTopAndWidth(float left, float top, float width)
 {
     m_fLeft = left;
     m_fTop = top;
     m_fAreaWidth = width;
     return true;
-}
-
-bool CKeystrokeDecoder::IsShowing(const std::vector<tagQMXKeystrokeInfo*>& items) const
-{
-    return m_vecKeyInfos == items;
-}
-
-void CKeystrokeDecoder::_InternalClose()
-{
-    m_canvas.Close();
-    m_vecKeyInfos.clear();
-    m_nWidth = 0;
-    m_nHeight = 0;
-    m_fLeft = 0;
-    m_fTop = 0;
 }
 
 ISampleBuffer* CKeystrokeDecoder::GetClipVideoFrame(std::uint64_t time, bool& /*flag*/)

@@ -2,9 +2,8 @@
 /// Frames of a keystroke overlay.
 #pragma once
 
-#include "engine/decoders/Decoder.h"
 #include "engine/decoders/still/KeystrokeInfo.h"
-#include "engine/decoders/still/TextCanvas.h"
+#include "engine/decoders/still/TextDecoder.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -15,19 +14,17 @@
 ///
 /// Shown are the newest label that is active and those before it that began at most two seconds apart from each other.
 /// A label that would reach past the end of the strip starts it anew.
-class QMX_API CKeystrokeDecoder : public CDecoder
+class QMX_API CKeystrokeDecoder : public CTextDecoder
 {
 public:
     CKeystrokeDecoder() = default;
-    /// Copies pointers as plain values, without references: never copy a decoder that is open.
+    /// As the base copies: never a decoder that is open.
     CKeystrokeDecoder(const CKeystrokeDecoder& other) = default;
-    CKeystrokeDecoder& operator=(const CKeystrokeDecoder& other) = default;
+    CKeystrokeDecoder& operator=(const CKeystrokeDecoder& other) = default; ///< likewise
 
-    /// Makes what frames of the record's size are drawn with; forgets the labels and the strip's corner. @return true,
-    /// always: a decoder that lacks a device or a service gives transparent frames.
+    /// Forgets the labels and the strip's corner, too.
     bool Initialize(const tagDecProp& prop) override;
-    /// A record of another size calls Initialize(), so labels and placement have to be given again.
-    void SetDecoderProperty(const tagDecProp& prop) override;
+    void SetDecoderProperty(const tagDecProp& prop) override; ///< the base's, exported under this class's name
     /// @return one reference to a new premultiplied frame; null when the record has no size or memory is short.
     ISampleBuffer* GetClipVideoFrame(std::uint64_t time, bool& flag) override;
 
@@ -53,14 +50,9 @@ private:
     };
     Group _FindGroup(std::uint64_t time) const;
     void _DrawLabels(const Group& group);
-    void _InternalClose();
 
-    std::uint32_t m_nWidth = 0; ///< pixels
-    std::uint32_t m_nHeight = 0;
     float m_fLeft = 0;                               ///< of the strip, fraction of the width
     float m_fTop = 0;                                ///< fraction of the height
     float m_fAreaWidth = 0;                          ///< fraction of the width
-    std::uint64_t m_nStartTime = 0;                  ///< kept; nothing reads it
     std::vector<tagQMXKeystrokeInfo*> m_vecKeyInfos; // borrowed
-    CTextCanvas m_canvas;
 };

@@ -19,8 +19,8 @@ struct tagQMXKeystrokeInfo
     float backAlpha = 1;                ///< 0..1
     std::uint64_t hostData1 = 0;        ///< kept for the host
     std::uint64_t hostData2 = 0;        ///< kept for the host
-    std::wstring text;
-    std::wstring fontName; ///< family; one that the system lacks is replaced by one that it has
+    std::wstring text;                  ///< of the label
+    std::wstring fontName;              ///< family; one that the system lacks is replaced by one that it has
 };
 static_assert(offsetof(tagQMXKeystrokeInfo, fontSize) == 16 && offsetof(tagQMXKeystrokeInfo, textColor) == 20 &&
                   offsetof(tagQMXKeystrokeInfo, hostData1) == 40 && offsetof(tagQMXKeystrokeInfo, text) == 56,

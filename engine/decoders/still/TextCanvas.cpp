@@ -1,5 +1,6 @@
 #include "engine/decoders/still/TextCanvas.h"
 
+#include "engine/platform/ReleaseAndClear.h"
 #include "engine/platform/ReturnIfFailed.h"
 
 #include <d2d1.h>
@@ -12,12 +13,6 @@
 
 namespace
 {
-template <class T> void ReleaseAndClear(T*& p)
-{
-    if (T* const old = std::exchange(p, nullptr))
-        old->Release();
-}
-
 D2D1_COLOR_F ColorOf(std::uint32_t color, float alpha)
 {
     D2D1_COLOR_F parts;

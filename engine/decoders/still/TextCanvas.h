@@ -27,12 +27,12 @@ inline constexpr float kTextReferenceHeight = 288; ///< rows of the frame that t
 /// Everything that a layout depends on beside its text and its family.
 struct TextFace
 {
-    bool operator==(const TextFace&) const = default;
+    bool operator==(const TextFace&) const = default; ///< every field
 
-    float size = 0; ///< pixels to the em
-    std::uint32_t weight = 400;
-    bool italic = false;
-    bool underline = false;
+    float size = 0;              ///< pixels to the em
+    std::uint32_t weight = 400;  ///< 1..999: 400 normal, 700 bold
+    bool italic = false;         ///< slanted
+    bool underline = false;      ///< of the whole text
     std::uint32_t alignment = 0; ///< as tagQMXTitleTextInfo has it
     float maxWidth = 0;          ///< pixels at which lines wrap
     float maxHeight = 0;         ///< pixels
@@ -43,8 +43,8 @@ struct SetText
 {
     IDWriteTextLayout* pLayout = nullptr; ///< borrowed until the frame ends; null when the text cannot be set
     float left = 0;                       ///< of the leftmost line in the layout's box
-    float width = 0;
-    float height = 0;
+    float width = 0;                      ///< of the longest line
+    float height = 0;                     ///< of all lines
 };
 
 /// Draws frames of text through Direct2D and DirectWrite onto a Direct3D texture, and hands their pixels out as sample
@@ -56,13 +56,13 @@ class QMX_API CTextCanvas
 {
 public:
     CTextCanvas();
-    CTextCanvas(const CTextCanvas& other);
-    CTextCanvas& operator=(const CTextCanvas& other);
+    CTextCanvas(const CTextCanvas& other);            ///< see above
+    CTextCanvas& operator=(const CTextCanvas& other); ///< see above
     ~CTextCanvas(); ///< leaves an open canvas's services alone; its owner calls Close()
 
     /// Makes what frames of @p width x @p height pixels are drawn with. What cannot be made stays missing.
     void Open(std::uint32_t width, std::uint32_t height);
-    void Close();
+    void Close(); ///< gives back what Open() has made
 
     /// Starts a frame with nothing on it.
     void BeginFrame();
@@ -73,6 +73,7 @@ public:
     /// Each adds to what the frame draws, over what it has. Colours are 0x00RRGGBB; the top byte has no effect. Alphas
     /// are 0..1. Both throw std::bad_alloc.
     void AddRectangle(float left, float top, float right, float bottom, std::uint32_t color, float alpha);
+    /// Likewise: @p text with the upper left corner of its layout's box at @p left, @p top.
     void AddText(const SetText& text, float left, float top, std::uint32_t color, float alpha, float opacity);
     /// Draws the frame where it differs from the one before. Layouts that it has not used are dropped.
     /// @return one reference to a new premultiplied buffer, or null: no size, or memory is short

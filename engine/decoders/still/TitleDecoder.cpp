@@ -6,35 +6,18 @@
 #include <new>
 #include <string_view>
 
-CTitleDecoder::~CTitleDecoder()
-{
-    _InternalClose();
-}
+CTitleDecoder::~CTitleDecoder() = default;
 
 bool CTitleDecoder::Initialize(const tagDecProp& prop)
 {
-    if (IsNullReference(&prop))
-        return true;
-    _InternalClose();
-    CDecoder::Initialize(prop);
-    m_nWidth = prop.width;
-    m_nHeight = prop.height;
-    try
-    {
-        m_canvas.Open(m_nWidth, m_nHeight);
-    }
-    catch (const std::bad_alloc&)
-    {
-        m_canvas.Close(); // frames are null then, and the next record of another size tries again
-    }
-    return true;
+    if (!IsNullReference(&prop))
+        m_vecTextInfos.clear();
+    return CTextDecoder::Initialize(prop);
 }
 
 void CTitleDecoder::SetDecoderProperty(const tagDecProp& prop)
 {
-    CDecoder::SetDecoderProperty(prop);
-    if (!IsNullReference(&prop) && (prop.width != m_nWidth || prop.height != m_nHeight))
-        Initialize(prop);
+    CTextDecoder::SetDecoderProperty(prop);
 }
 
 bool CTitleDecoder::InitializeTitleText(const std::vector<tagQMXTitleTextInfo*>& items, std::uint64_t startTime)
@@ -53,14 +36,6 @@ catch (const std::bad_alloc&)
 bool CTitleDecoder::IsShowing(const std::vector<tagQMXTitleTextInfo*>& items) const
 {
     return m_vecTextInfos == items;
-}
-
-void CTitleDecoder::_InternalClose()
-{
-    m_canvas.Close();
-    m_vecTextInfos.clear();
-    m_nWidth = 0;
-    m_nHeight = 0;
 }
 
 ISampleBuffer* CTitleDecoder::GetClipVideoFrame(std::uint64_t time, bool& /*flag*/)

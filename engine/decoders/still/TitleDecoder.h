@@ -2,8 +2,7 @@
 /// Frames of a title.
 #pragma once
 
-#include "engine/decoders/Decoder.h"
-#include "engine/decoders/still/TextCanvas.h"
+#include "engine/decoders/still/TextDecoder.h"
 #include "engine/decoders/still/TitleTextInfo.h"
 
 #include <cstdint>
@@ -11,19 +10,17 @@
 
 /// Draws texts, each with a font, a colour, a place and a movement of its own, on transparent frames of the property
 /// record's size. Times count in 100 ns from the clip's start. There is no last frame.
-class QMX_API CTitleDecoder : public CDecoder
+class QMX_API CTitleDecoder : public CTextDecoder
 {
 public:
     CTitleDecoder() = default;
-    /// Copies pointers as plain values, without references: never copy a decoder that is open.
+    /// As the base copies: never a decoder that is open.
     CTitleDecoder(const CTitleDecoder& other) = default;
-    CTitleDecoder& operator=(const CTitleDecoder& other) = default;
+    CTitleDecoder& operator=(const CTitleDecoder& other) = default; ///< likewise
 
-    /// Makes what frames of the record's size are drawn with, and forgets the texts. @return true, always: a decoder
-    /// that lacks a device or a service gives transparent frames.
+    /// Forgets the texts, too.
     bool Initialize(const tagDecProp& prop) override;
-    /// A record of another size calls Initialize(), so the texts have to be given again.
-    void SetDecoderProperty(const tagDecProp& prop) override;
+    void SetDecoderProperty(const tagDecProp& prop) override; ///< the base's, exported under this class's name
     /// @return one reference to a new premultiplied frame; null when the record has no size or memory is short.
     ISampleBuffer* GetClipVideoFrame(std::uint64_t time, bool& flag) override;
 
@@ -43,11 +40,6 @@ private:
     /// Where the layout of @p info is drawn at @p time. @param layoutLeft  of the leftmost line in the layout's box:
     /// the item's anchor is that line's edge.
     void _CalculateLeftAndTop(float& left, float& top, std::uint64_t time, tagQMXTitleTextInfo* info, float layoutLeft);
-    void _InternalClose();
 
-    std::uint32_t m_nWidth = 0; ///< pixels
-    std::uint32_t m_nHeight = 0;
-    std::uint64_t m_nStartTime = 0;                   ///< kept; nothing reads it
     std::vector<tagQMXTitleTextInfo*> m_vecTextInfos; // borrowed
-    CTextCanvas m_canvas;
 };

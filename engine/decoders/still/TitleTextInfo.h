@@ -24,16 +24,16 @@ struct tagQMXTitleTextInfo
     std::uint32_t color = 0xFFFFFF; ///< 0x00RRGGBB; the top byte has no effect
     float opacity = 1;              ///< 0..1
     std::uint32_t fontWeight = 400; ///< 100..900; 400 normal, 700 bold
-    bool italic = false;
-    bool underline = false;       ///< of the whole text
-    std::uint32_t textLength = 0; ///< characters (wchar_t) of the text that are shown
-    double x = 0;                 ///< left edge, fraction of the frame's width
-    double y = 0;                 ///< upper edge, fraction of the frame's height
-    std::uint32_t speed = 0;      ///< one pass of an animation lasts 15 - 2 * speed seconds; negative from 8 on
-    std::uint32_t alignment = 0;  ///< of the lines to each other: 0 leading, 1 trailing, 2 centre, 3 justified
-    std::wstring fontName;        ///< family; one that the system lacks is replaced by one that it has
-    std::wstring text;
-    std::uint32_t animation = QMXTitleAnimation_None;
+    bool italic = false;            ///< slanted
+    bool underline = false;         ///< of the whole text
+    std::uint32_t textLength = 0;   ///< characters (wchar_t) of the text that are shown
+    double x = 0;                   ///< left edge, fraction of the frame's width
+    double y = 0;                   ///< upper edge, fraction of the frame's height
+    std::uint32_t speed = 0;        ///< one pass of an animation lasts 15 - 2 * speed seconds; negative from 8 on
+    std::uint32_t alignment = 0;    ///< of the lines to each other: 0 leading, 1 trailing, 2 centre, 3 justified
+    std::wstring fontName;          ///< family; one that the system lacks is replaced by one that it has
+    std::wstring text;              ///< may have line ends; wraps at twice the frame's width
+    std::uint32_t animation = QMXTitleAnimation_None; ///< a QMXTitleAnimation
 };
 static_assert(offsetof(tagQMXTitleTextInfo, italic) == 16 && offsetof(tagQMXTitleTextInfo, textLength) == 20 &&
                   offsetof(tagQMXTitleTextInfo, x) == 24 && offsetof(tagQMXTitleTextInfo, alignment) == 44 &&

@@ -312,13 +312,6 @@ ULONG FakeMultithread::Release()
 {
     return m_device.Release();
 }
-
-bool FunctionFails(const char* name)
-{
-    const CAllocationPause pause;
-    const std::lock_guard guard(g_lock);
-    return CFakeSystem::FailingFunctions().count(name) != 0;
-}
 } // namespace
 
 std::uint32_t FakeColor(std::uint32_t n)
@@ -366,6 +359,21 @@ void CFakeSystem::Install(const std::wstring& path, FakeMedia* media)
         g_files.erase(path);
 }
 
+FakeMedia* CFakeSystem::Find(const wchar_t* path)
+{
+    const CAllocationPause pause;
+    const std::lock_guard guard(g_lock);
+    const auto found = g_files.find(path);
+    return found != g_files.end() ? found->second : nullptr;
+}
+
+bool CFakeSystem::Fails(const char* function)
+{
+    const CAllocationPause pause;
+    const std::lock_guard guard(g_lock);
+    return FailingFunctions().count(function) != 0;
+}
+
 std::atomic<int>& CFakeSystem::LiveReaders()
 {
     static std::atomic<int> value{0};
@@ -377,6 +385,11 @@ std::atomic<int>& CFakeSystem::LiveBuffers()
     return value;
 }
 std::atomic<int>& CFakeSystem::LiveDevices()
+{
+    static std::atomic<int> value{0};
+    return value;
+}
+std::atomic<int>& CFakeSystem::LiveSources()
 {
     static std::atomic<int> value{0};
     return value;
@@ -412,15 +425,9 @@ std::set<std::string>& CFakeSystem::FailingFunctions()
 extern "C" HRESULT MFCreateSourceReaderFromURL(LPCWSTR url, IMFAttributes* pAttributes, IMFSourceReader** ppReader)
 {
     *ppReader = nullptr;
-    FakeMedia* media = nullptr;
-    {
-        const CAllocationPause pause;
-        const std::lock_guard guard(g_lock);
-        const auto found = g_files.find(url);
-        if (found == g_files.end())
-            return HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
-        media = found->second;
-    }
+    FakeMedia* const media = CFakeSystem::Find(url);
+    if (media == nullptr)
+        return HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
     const CScope scope(*media);
     if (pAttributes != nullptr)
     {
@@ -468,17 +475,18 @@ extern "C"
     HRESULT __wrap_MFCreateAttributes(IMFAttributes** ppAttributes, UINT32 initialSize)
     {
         *ppAttributes = nullptr;
-        return FunctionFails("MFCreateAttributes") ? E_FAIL : __real_MFCreateAttributes(ppAttributes, initialSize);
+        return CFakeSystem::Fails("MFCreateAttributes") ? E_FAIL : __real_MFCreateAttributes(ppAttributes, initialSize);
     }
     HRESULT __wrap_MFCreateMediaType(IMFMediaType** ppType)
     {
         *ppType = nullptr;
-        return FunctionFails("MFCreateMediaType") ? E_FAIL : __real_MFCreateMediaType(ppType);
+        return CFakeSystem::Fails("MFCreateMediaType") ? E_FAIL : __real_MFCreateMediaType(ppType);
     }
     HRESULT __wrap_MFCreateDXGIDeviceManager(UINT* pResetToken, IMFDXGIDeviceManager** ppManager)
     {
         *ppManager = nullptr;
-        return FunctionFails("MFCreateDXGIDeviceManager") ? E_FAIL
-                                                          : __real_MFCreateDXGIDeviceManager(pResetToken, ppManager);
+        return CFakeSystem::Fails("MFCreateDXGIDeviceManager")
+                   ? E_FAIL
+                   : __real_MFCreateDXGIDeviceManager(pResetToken, ppManager);
     }
 }

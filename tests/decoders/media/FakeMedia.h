@@ -69,8 +69,11 @@ struct FakeMedia // NOLINT(clang-analyzer-optin.performance.Padding): read in th
     std::vector<FakeRead> reads;
     /// Index of the read that follows a seek to a time. Default: the last one that is not later.
     std::function<std::size_t(LONGLONG)> seek;
-    bool endless = false;          ///< after the last read it comes again and again; otherwise the stream ends
-    std::set<std::string> failing; ///< operations that answer E_FAIL
+    std::optional<std::uint64_t> recorded; ///< 100 ns since 1601: PKEY_Media_DateEncoded
+    bool recordedIsNumber = false;         ///< it is kept as VT_UI8, which is no time
+    std::function<void()> onResolve;       ///< runs while the source resolver opens the file
+    bool endless = false;                  ///< after the last read it comes again and again; otherwise the stream ends
+    std::set<std::string> failing;         ///< operations that answer E_FAIL
 
     // ---- what happened ----
     mutable std::mutex lock; ///< held by every operation of a reader
@@ -90,6 +93,8 @@ struct FakeMedia // NOLINT(clang-analyzer-optin.performance.Padding): read in th
     std::uint32_t lowLatency = 0;
     bool hasDeviceManager = false;
     std::optional<FakeSoundType> outputSound;
+    int nSources = 0;   ///< media sources made
+    int nShutdowns = 0; ///< of media sources
 
     /// Adds @p count samples of the nominal size, @p step apart; sample n is painted with FakeColor(n).
     void AddFrames(int count, LONGLONG step, LONGLONG first = 0);
@@ -111,9 +116,13 @@ class CFakeSystem
 {
 public:
     static void Install(const std::wstring& path, FakeMedia* media); ///< borrowed; null takes the file away
+    static FakeMedia*
+    Find(const wchar_t* path); ///< takes no memory of a caller that may fail; null when there is no such file
+    static bool Fails(const char* function); ///< named in FailingFunctions()
     static std::atomic<int>& LiveReaders();
     static std::atomic<int>& LiveBuffers(); ///< a sample keeps its buffer alive
     static std::atomic<int>& LiveDevices();
+    static std::atomic<int>& LiveSources(); ///< resolvers, media sources and property stores
     static std::atomic<int>& ReadersMade();
     static std::atomic<int>& OpenLocks();  ///< buffers locked and not yet unlocked
     static std::atomic<bool>& HasDevice(); ///< whether a hardware device can be made

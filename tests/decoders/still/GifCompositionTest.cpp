@@ -73,14 +73,7 @@ private:
 
 TEST(GifComposition, FramesStandAtTheirPlacesAndStayWithoutDisposal)
 {
-    GifPlayer player(TinyGif(4, 2)
-                         .Control(10, 0)
-                         .Solid(0, 0, 4, 2, 0)
-                         .Control(10, 1)
-                         .Solid(1, 0, 2, 1, 1)
-                         .Control(10, 0)
-                         .Solid(3, 1, 1, 1, 2)
-                         .End());
+    GifPlayer player(TinyGif(4, 2).Frame(0, 0, 0, 4, 2, 0).Frame(1, 1, 0, 2, 1, 1).Frame(0, 3, 1, 1, 1, 2).End());
     ASSERT_TRUE(player.opened);
     EXPECT_EQ(player.At(0), "RRRR/RRRR");
     EXPECT_EQ(player.At(100), "RGGR/RRRR");
@@ -90,14 +83,7 @@ TEST(GifComposition, FramesStandAtTheirPlacesAndStayWithoutDisposal)
 
 TEST(GifComposition, DisposalToBackgroundClearsTheFramesRectangle)
 {
-    GifPlayer player(TinyGif(4, 2)
-                         .Control(10, 1)
-                         .Solid(0, 0, 4, 2, 0)
-                         .Control(10, 2)
-                         .Solid(1, 0, 2, 2, 1)
-                         .Control(10, 1)
-                         .Solid(2, 1, 2, 1, 2)
-                         .End());
+    GifPlayer player(TinyGif(4, 2).Frame(1, 0, 0, 4, 2, 0).Frame(2, 1, 0, 2, 2, 1).Frame(1, 2, 1, 2, 1, 2).End());
     EXPECT_EQ(player.At(100), "RGGR/RGGR");
     EXPECT_EQ(player.At(200), "R..R/R.BB");
 }
@@ -105,14 +91,10 @@ TEST(GifComposition, DisposalToBackgroundClearsTheFramesRectangle)
 TEST(GifComposition, DisposalToPreviousBringsBackWhatWasBeneath)
 {
     GifPlayer player(TinyGif(4, 2)
-                         .Control(10, 1)
-                         .Solid(0, 0, 4, 2, 0)
-                         .Control(10, 3)
-                         .Solid(1, 0, 2, 2, 1)
-                         .Control(10, 3)
-                         .Solid(0, 1, 2, 1, 2)
-                         .Control(10, 1)
-                         .Solid(3, 0, 1, 1, 3)
+                         .Frame(1, 0, 0, 4, 2, 0)
+                         .Frame(3, 1, 0, 2, 2, 1)
+                         .Frame(3, 0, 1, 2, 1, 2)
+                         .Frame(1, 3, 0, 1, 1, 3)
                          .End());
     EXPECT_EQ(player.At(100), "RGGR/RGGR");
     EXPECT_EQ(player.At(200), "RRRR/BBRR");
@@ -121,19 +103,14 @@ TEST(GifComposition, DisposalToPreviousBringsBackWhatWasBeneath)
 
 TEST(GifComposition, TransparentPixelsShowWhatLiesBeneath)
 {
-    GifPlayer player(TinyGif(4, 2)
-                         .Control(10, 1)
-                         .Solid(0, 0, 4, 2, 0)
-                         .Control(10, 1, 3)
-                         .Descriptor(0, 0, 4, 1)
-                         .Pixels({1, 3, 3, 2})
-                         .End());
+    GifPlayer player(
+        TinyGif(4, 2).Frame(1, 0, 0, 4, 2, 0).Control(10, 1, 3).Descriptor(0, 0, 4, 1).Pixels({1, 3, 3, 2}).End());
     EXPECT_EQ(player.At(100), "GRRB/RRRR");
 }
 
 TEST(GifComposition, CanvasAroundTheFramesIsTransparent)
 {
-    GifPlayer player(TinyGif(4, 2).Control(10, 1).Solid(1, 1, 2, 1, 1).End());
+    GifPlayer player(TinyGif(4, 2).Frame(1, 1, 1, 2, 1, 1).End());
     EXPECT_EQ(player.At(0), "..../.GG.");
     GifPlayer withoutPalette(TinyGif(4, 2, 0)
                                  .Descriptor(1, 1, 2, 1, 0x81, {0, 0, 255, 0, 255, 0, 255, 255, 255, 0, 0, 0})
@@ -148,8 +125,7 @@ TEST(GifComposition, LocalPaletteCountsForItsFrameOnly)
                          .Control(10, 1)
                          .Descriptor(0, 0, 4, 1, 0x81, {0, 0, 255, 0, 0, 255, 0, 0, 255, 0, 0, 255})
                          .Pixels({0, 1, 2, 3})
-                         .Control(10, 1)
-                         .Solid(0, 1, 4, 1, 0)
+                         .Frame(1, 0, 1, 4, 1, 0)
                          .End());
     EXPECT_EQ(player.At(0), "BBBB/....");
     EXPECT_EQ(player.At(100), "BBBB/RRRR");
@@ -167,28 +143,14 @@ TEST(GifComposition, InterlacedRowsComeIntoOrder)
 
 TEST(GifComposition, FrameThatReachesOutsideTheScreenIsCutAndSoIsItsDisposal)
 {
-    GifPlayer player(TinyGif(4, 2)
-                         .Control(10, 1)
-                         .Solid(0, 0, 4, 2, 0)
-                         .Control(10, 2)
-                         .Solid(3, 1, 5, 5, 1)
-                         .Control(10, 1)
-                         .Solid(100, 100, 2, 2, 2)
-                         .End());
+    GifPlayer player(TinyGif(4, 2).Frame(1, 0, 0, 4, 2, 0).Frame(2, 3, 1, 5, 5, 1).Frame(1, 100, 100, 2, 2, 2).End());
     EXPECT_EQ(player.At(100), "RRRR/RRRG");
     EXPECT_EQ(player.At(200), "RRRR/RRR.");
 }
 
 TEST(GifComposition, SavedCanvasOfTheFirstFrameInALaterRoundIsThatOfTheLastFrame)
 {
-    GifPlayer player(TinyGif(4, 2)
-                         .Control(10, 3)
-                         .Solid(0, 0, 2, 1, 0)
-                         .Control(10, 1)
-                         .Solid(2, 1, 2, 1, 1)
-                         .Control(10, 1)
-                         .Solid(0, 1, 1, 1, 2)
-                         .End());
+    GifPlayer player(TinyGif(4, 2).Frame(3, 0, 0, 2, 1, 0).Frame(1, 2, 1, 2, 1, 1).Frame(1, 0, 1, 1, 1, 2).End());
     EXPECT_EQ(player.At(0), "RR../....");
     EXPECT_EQ(player.At(100), "..../..GG"); // restored to the empty canvas
     EXPECT_EQ(player.At(200), "..../B.GG");
@@ -200,7 +162,7 @@ TEST(GifComposition, AfterAStepBackTheFrameBeforeIsShown)
 {
     TinyGif gif(4, 2);
     for (std::uint8_t color = 0; color < 4; ++color)
-        gif.Control(10, 1).Solid(color, 0, 1, 2, color);
+        gif.Frame(1, color, 0, 1, 2, color);
     GifPlayer player(gif.End());
     EXPECT_EQ(player.At(300), "RGBW/RGBW");
     EXPECT_EQ(player.At(250), "RG../RG..");
@@ -211,7 +173,7 @@ TEST(GifComposition, AfterAStepBackTheFrameBeforeIsShown)
 TEST(GifComposition, FileWithoutATrailerOrCutInAFramePlaysWhatIsThere)
 {
     TinyGif gif(32, 32);
-    gif.Control(10, 1).Solid(0, 0, 32, 32, 0).Control(10, 1).Solid(0, 0, 32, 32, 1);
+    gif.Frame(1, 0, 0, 32, 32, 0).Frame(1, 0, 0, 32, 32, 1);
     const std::string red(32, 'R');
     const std::string green(32, 'G');
     GifPlayer whole(gif, 32);

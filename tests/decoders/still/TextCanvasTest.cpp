@@ -1,6 +1,7 @@
-// What titles and keystrokes share: how the services are asked for, and what happens where they are missing.
+// What titles and keystrokes share: what they ask of the services, and what happens where those are missing.
 #include "engine/decoders/still/KeystrokeDecoder.h"
 #include "engine/decoders/still/TitleDecoder.h"
+#include "tests/decoders/still/FakeTextServices.h"
 #include "tests/decoders/still/TextFrames.h"
 
 namespace
@@ -13,12 +14,14 @@ class CTextCanvasTest : public text_test::TextTest
 protected:
     CTextCanvasTest()
     {
+        services = {};
         item.text = L"Hill";
         item.textLength = 4;
         item.fontName = text_test::kFamily;
         key.text = L"Hill";
         key.fontName = text_test::kFamily;
     }
+    ~CTextCanvasTest() override { services = {}; }
     RefPtr<CTitleDecoder> MakeTitle(std::uint32_t width = 200, std::uint32_t height = 100)
     {
         RefPtr<CTitleDecoder> decoder = RefPtr<CTitleDecoder>::Adopt(new CTitleDecoder);
@@ -34,12 +37,13 @@ protected:
         EXPECT_TRUE(decoder->InitializeLeftAndTopAndWidth(0, 0, 1));
         return decoder;
     }
-    template <class T> static Frame FrameOf(const RefPtr<T>& decoder)
+    template <class T> static Frame FrameOf(const RefPtr<T>& decoder, std::uint64_t time = 0)
     {
         bool flag = false;
-        return text_test::Take(decoder->GetClipVideoFrame(0, flag));
+        return text_test::Take(decoder->GetClipVideoFrame(time, flag));
     }
 
+    FakeTextServices& services = FakeTextServices::Get();
     tagQMXTitleTextInfo item;
     tagQMXKeystrokeInfo key;
 };
@@ -178,6 +182,95 @@ TEST_F(CTextCanvasTest, ADrawingThatFailsIsTransparentAndTriedAgain)
     EXPECT_TRUE(FrameOf(decoder).IsTransparent());
     EXPECT_FALSE(FrameOf(decoder).IsTransparent());
     EXPECT_EQ(services.draws, 2);
+}
+
+// ---- what is asked for ---------------------------------------------------------------------------------------------
+
+TEST_F(CTextCanvasTest, ATextIsSetAsItsRecordSays)
+{
+    item.text = L"Hillside";
+    item.fontSize = 72;
+    item.fontWeight = 700;
+    item.italic = true;
+    FrameOf(MakeTitle(640, 1080));
+    ASSERT_EQ(services.formats.size(), 1U);
+    EXPECT_EQ(services.formats[0].family, text_test::kFamily);
+    EXPECT_EQ(services.formats[0].size, 270);
+    EXPECT_EQ(services.formats[0].weight, DWRITE_FONT_WEIGHT_BOLD);
+    EXPECT_EQ(services.formats[0].style, DWRITE_FONT_STYLE_ITALIC);
+    EXPECT_FALSE(services.formats[0].locale.empty());
+    ASSERT_EQ(services.layouts.size(), 1U);
+    EXPECT_EQ(services.layouts[0].text, L"Hill"); // the length says four
+    EXPECT_EQ(services.layouts[0].maxWidth, 1'280);
+    EXPECT_EQ(services.layouts[0].maxHeight, 1'080);
+}
+
+TEST_F(CTextCanvasTest, ALabelIsSetUprightAndOfNormalWeight)
+{
+    key.fontSize = 20;
+    const RefPtr<CKeystrokeDecoder> decoder = MakeKeystrokes();
+    decoder->SetDecoderProperty(Record(1920, 1080, kDecoderKeystroke));
+    decoder->InitializeKeystrokeText({&key}, 0);
+    decoder->InitializeLeftAndTopAndWidth(0, 0, 1);
+    FrameOf(decoder);
+    ASSERT_EQ(services.formats.size(), 1U);
+    EXPECT_EQ(services.formats[0].size, 75);
+    EXPECT_EQ(services.formats[0].weight, DWRITE_FONT_WEIGHT_NORMAL);
+    EXPECT_EQ(services.formats[0].style, DWRITE_FONT_STYLE_NORMAL);
+    ASSERT_EQ(services.layouts.size(), 1U);
+    EXPECT_EQ(services.layouts[0].maxWidth, 1'920);
+    EXPECT_EQ(services.layouts[0].maxHeight, 1'080);
+}
+
+TEST_F(CTextCanvasTest, TexturesAreMadeAnewForAnotherSizeOnly)
+{
+    const RefPtr<CTitleDecoder> title = MakeTitle();
+    const RefPtr<CKeystrokeDecoder> keystrokes = MakeKeystrokes();
+    tagDecProp prop = Record(200, 100, kDecoderTitle);
+    prop.currentTime = 5;
+    title->SetDecoderProperty(prop);
+    keystrokes->SetDecoderProperty(prop);
+    EXPECT_EQ(services.textures.size(), 4U);
+    prop.width = 201;
+    title->SetDecoderProperty(prop);
+    keystrokes->SetDecoderProperty(prop);
+    EXPECT_EQ(services.textures.size(), 8U);
+}
+
+TEST_F(CTextCanvasTest, AnUnchangedTitleIsNotDrawnAgain)
+{
+    const RefPtr<CTitleDecoder> decoder = MakeTitle();
+    const Frame first = FrameOf(decoder);
+    EXPECT_EQ(FrameOf(decoder, kTimePerSecond).bgra, first.bgra);
+    EXPECT_EQ(services.draws, 1);
+    EXPECT_EQ(services.layouts.size(), 1U);
+    tagQMXTitleTextInfo mover = item;
+    mover.text = L"Dale";
+    mover.animation = QMXTitleAnimation_LeftToRight;
+    decoder->InitializeTitleText({&item, &mover}, 0);
+    FrameOf(decoder, 2 * kTimePerSecond);
+    FrameOf(decoder, 3 * kTimePerSecond);
+    EXPECT_EQ(services.draws, 3);
+    EXPECT_EQ(services.layouts.size(), 2U) << "layouts are kept";
+}
+
+TEST_F(CTextCanvasTest, UnchangedLabelsAreNotDrawnAgainAndOldLayoutsGo)
+{
+    const RefPtr<CKeystrokeDecoder> decoder = MakeKeystrokes();
+    tagQMXKeystrokeInfo second = key;
+    second.text = L"B";
+    second.startTime = kTimePerSecond;
+    tagQMXKeystrokeInfo third = key;
+    third.startTime = 9 * kTimePerSecond;
+    decoder->InitializeKeystrokeText({&key, &second, &third}, 0);
+    const Frame first = FrameOf(decoder, kTimePerSecond);
+    EXPECT_EQ(FrameOf(decoder, 2 * kTimePerSecond).bgra, first.bgra);
+    EXPECT_EQ(services.draws, 1);
+    FrameOf(decoder, 9 * kTimePerSecond);
+    EXPECT_EQ(services.draws, 2);
+    EXPECT_EQ(services.layouts.size(), 2U) << "the same text is not set again";
+    FrameOf(decoder, kTimePerSecond);
+    EXPECT_EQ(services.layouts.size(), 3U) << "the other one had gone";
 }
 
 TEST_F(CTextCanvasTest, PixelsAreCopiedOnceADrawing)

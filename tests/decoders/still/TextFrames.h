@@ -2,8 +2,8 @@
 /// What the tests of title and keystroke decoders have in common.
 #pragma once
 
+#include "engine/clips/IQMXBaseClip.h"
 #include "engine/decoders/IDecoder.h"
-#include "tests/decoders/still/FakeTextServices.h"
 #include "tests/support/FontReference.h"
 #include "tests/support/InkBox.h"
 
@@ -22,7 +22,7 @@ inline constexpr const wchar_t* kFamily = L"DejaVu Sans";
 inline test_support::MeasuredText Measure(const std::string& utf8, double fontSize, std::uint32_t height,
                                           int weight = 400)
 {
-    return test_support::MeasureText(test_support::FindFontFile("DejaVu Sans", weight), utf8, fontSize * height / 288);
+    return test_support::MeasureText({"DejaVu Sans", weight}, utf8, fontSize * height / 288);
 }
 
 inline tagDecProp Record(std::uint32_t width, std::uint32_t height, std::uint32_t type)
@@ -32,6 +32,20 @@ inline tagDecProp Record(std::uint32_t width, std::uint32_t height, std::uint32_
     prop.width = width;
     prop.height = height;
     return prop;
+}
+
+inline tagRenderProp Request(std::uint64_t flags = 0, std::uint32_t width = 320)
+{
+    tagRenderProp request;
+    request.flags = flags;
+    request.width = width;
+    request.height = 144;
+    return request;
+}
+
+constexpr std::uint64_t Seconds(double seconds)
+{
+    return static_cast<std::uint64_t>(seconds * static_cast<double>(kTimePerSecond));
 }
 
 /// A frame's pixels.
@@ -73,15 +87,22 @@ inline Frame Take(ISampleBuffer* pBuffer)
     return frame;
 }
 
+/// What a clip of texts gives at @p time, whose flag is false.
+inline Frame FrameOf(IQMXBaseClip& clip, std::uint64_t time)
+{
+    FrameResult result;
+    EXPECT_TRUE(clip.GetVideoFrame(time, &result));
+    EXPECT_FALSE(result.flag);
+    return Take(result.frame);
+}
+
 class TextTest : public testing::Test
 {
 protected:
-    TextTest() { FakeTextServices::Get() = {}; }
     void SetUp() override
     {
-        if (test_support::FindFontFile("DejaVu Sans").empty())
+        if (!test_support::HasFont({"DejaVu Sans"}))
             GTEST_SKIP() << "DejaVu Sans is not installed";
     }
-    FakeTextServices& services = FakeTextServices::Get();
 };
 } // namespace text_test

@@ -95,6 +95,12 @@ public:
     {
         return Descriptor(left, top, width, height).Pixels(Bytes(std::size_t{width} * height, color));
     }
+    /// A frame of one colour that stands for a tenth of a second. @param disposal  as in Control()
+    TinyGif& Frame(std::uint8_t disposal, std::uint16_t left, std::uint16_t top, std::uint16_t width,
+                   std::uint16_t height, std::uint8_t color)
+    {
+        return Control(10, disposal).Solid(left, top, width, height, color);
+    }
     TinyGif& End()
     {
         bytes.push_back(0x3B);
