@@ -5,16 +5,13 @@
 #include "engine/model/ClipFactory.h"
 #include "tests/clips/VideoClipFixture.h"
 #include "tests/support/CameraRecording.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <filesystem>
 #include <memory>
-#include <random>
 #include <string>
-
-namespace fs = std::filesystem;
 
 namespace
 {
@@ -26,7 +23,6 @@ class CQMXCameraClipTest : public testing::Test
 protected:
     CQMXCameraClipTest()
     {
-        fs::create_directories(m_folder);
         for (std::uint32_t n = 0; n < 20; ++n)
             recording.Add(MakeJpeg(32, 24, [n](std::uint32_t, std::uint32_t) { return (10 * n + 20) * 0x010101U; }));
         recording.Write();
@@ -37,11 +33,6 @@ protected:
         request.flags = kRequestUseCache;
         request.width = 32;
         request.height = 24;
-    }
-    ~CQMXCameraClipTest() override
-    {
-        std::error_code error;
-        fs::remove_all(m_folder, error);
     }
     void TearDown() override
     {
@@ -96,10 +87,10 @@ protected:
 
 private:
     const std::uint64_t m_nFramesBefore = LiveFrames();
-    const fs::path m_folder = fs::temp_directory_path() / ("qmx-camera-clip-" + std::to_string(std::random_device()()));
+    const test_support::TemporaryFolder m_folder;
 
 protected:
-    test_support::CameraRecording recording{m_folder, "cam"};
+    test_support::CameraRecording recording{m_folder.Path(), "cam"};
     std::unique_ptr<CQMXCameraClip> clip = std::make_unique<CQMXCameraClip>();
     tagRenderProp request;
     SampleBufferPtr frame;

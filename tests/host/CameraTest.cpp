@@ -3,12 +3,12 @@
 #include "engine/platform/PixelUtility.h"
 #include "tests/companions/TestSeed.h"
 #include "tests/host/Program.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/support/ClipFixture.h"
 #include "tests/support/FrameStripReader.h"
 #include "tests/support/MediaFolder.h"
 #include "tests/support/MetaFile.h"
 #include "tests/support/Picture.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -75,7 +75,7 @@ protected:
         return Lines(run.Output());
     }
 
-    TemporaryFolder m_folder;
+    test_support::TemporaryFolder m_folder;
 };
 
 /// A film whose pictures are numbered from 0, and what becomes of it.

@@ -1,9 +1,9 @@
 // Pictures and sound in step: films with a flash and a click in the first picture of every second.
 #include "tests/host/Program.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/support/ClipFixture.h"
 #include "tests/support/MediaFolder.h"
 #include "tests/support/ReferenceSound.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -63,7 +63,7 @@ class ClapperTest : public testing::TestWithParam<Clapper>
 {
 protected:
     test_support::MediaServices m_services;
-    TemporaryFolder m_folder;
+    test_support::TemporaryFolder m_folder;
 };
 } // namespace
 

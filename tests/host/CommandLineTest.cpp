@@ -1,8 +1,8 @@
 // The whole program from the command line to its files, with clips that need no media.
 #include "tests/host/DecodedVideo.h"
 #include "tests/host/Program.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/support/Picture.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -39,7 +39,7 @@ protected:
     /// Nothing but the project lies in the folder.
     void ExpectNothingLeft() const { EXPECT_EQ(m_folder.FileCount(), 1U); }
 
-    TemporaryFolder m_folder;
+    test_support::TemporaryFolder m_folder;
 };
 
 /// GoogleTest's own regular expressions know fewer operators on some systems.

@@ -2,8 +2,8 @@
 #include "tests/decoders/still/TinyGif.h"
 #include "tests/host/Program.h"
 #include "tests/host/SchemaCheck.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/support/CameraRecording.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/TinyMatroska.h"
 
 #include <gtest/gtest.h>
@@ -78,7 +78,7 @@ protected:
         return run.Output();
     }
 
-    TemporaryFolder m_folder;
+    test_support::TemporaryFolder m_folder;
 
 private:
     std::string m_oldZone;

@@ -1,10 +1,10 @@
 // The whole program over films whose pictures carry their number, so that each output frame tells what it shows.
 #include "tests/host/DecodedVideo.h"
 #include "tests/host/Program.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/support/FrameStripReader.h"
 #include "tests/support/MediaFolder.h"
 #include "tests/support/Picture.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestPattern.h"
 
 #include <gtest/gtest.h>
@@ -59,7 +59,7 @@ protected:
         return Lines(run.Output());
     }
 
-    TemporaryFolder m_folder;
+    test_support::TemporaryFolder m_folder;
 };
 
 Picture Cropped(const Picture& picture, std::uint32_t left, std::uint32_t top, std::uint32_t width,

@@ -2,7 +2,7 @@
 
 #include "host/HostError.h"
 #include "host/project/Project.h"
-#include "tests/host/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -44,7 +44,7 @@ std::string ReasonOf(const fs::path& target)
 
 TEST(OutputFile, AppearsOnlyWhenItIsCommitted)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     const fs::path target = folder.Path() / "a.txt";
     OutputFile output(target);
     Write(output.Path(), "new");
@@ -57,7 +57,7 @@ TEST(OutputFile, AppearsOnlyWhenItIsCommitted)
 
 TEST(OutputFile, ReplacesWhatWasThere)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     const fs::path target = folder.Path() / "a.txt";
     Write(target, "old");
     OutputFile output(target);
@@ -69,7 +69,7 @@ TEST(OutputFile, ReplacesWhatWasThere)
 
 TEST(OutputFile, LeavesNothingBehindAndTheOldFileAloneWithoutCommit)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     const fs::path target = folder.Path() / "a.txt";
     Write(target, "old");
     {
@@ -83,7 +83,7 @@ TEST(OutputFile, LeavesNothingBehindAndTheOldFileAloneWithoutCommit)
 
 TEST(OutputFile, SeveralCanBeUnderWayInOneFolder)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     OutputFile first(folder.Path() / "a.txt");
     OutputFile second(folder.Path() / "a.txt");
     EXPECT_NE(first.Path(), second.Path());
@@ -97,7 +97,7 @@ TEST(OutputFile, SeveralCanBeUnderWayInOneFolder)
 
 TEST(OutputFile, NamesOfAnyBytesAndOfFullLengthWork)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     for (const std::string& name : {std::string("\xFF\xFE:%20.txt"), std::string(255, 'n')})
     {
         OutputFile output(folder.Path() / name);
@@ -109,7 +109,7 @@ TEST(OutputFile, NamesOfAnyBytesAndOfFullLengthWork)
 
 TEST(OutputFile, FollowsASymbolicLink)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     const fs::path real = folder.Path() / "real.txt";
     const fs::path link = folder.Path() / "link.txt";
     Write(real, "old");
@@ -123,7 +123,7 @@ TEST(OutputFile, FollowsASymbolicLink)
 
 TEST(OutputFile, SaysWhyItCannotBeMade)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     EXPECT_EQ(ReasonOf(folder.Path() / "none" / "a.txt"), "cannot be written: No such file or directory");
     EXPECT_EQ(ReasonOf(folder.Path()), "cannot be written: it exists and is no regular file");
     EXPECT_EQ(ReasonOf(folder.Path() / ""), "is not the name of a file");
@@ -134,7 +134,7 @@ TEST(OutputFile, SaysWhyItCannotBeMade)
 
 TEST(OutputFile, AFailedCommitIsAnErrorAndLeavesNothing)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     const fs::path target = folder.Path() / "a.txt";
     {
         OutputFile output(target);
@@ -146,7 +146,7 @@ TEST(OutputFile, AFailedCommitIsAnErrorAndLeavesNothing)
 
 TEST(CheckNotASource, RefusesTheProjectAndItsMediaUnderAnyName)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     Project project;
     project.file = folder.Path() / "p.json";
     project.tracks.resize(1);

@@ -2,9 +2,9 @@
 #include "tests/support/Picture.h"
 #include "tests/decoders/still/TinyGif.h"
 #include "tests/host/Program.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/support/MediaFolder.h"
 #include "tests/support/PictureCompare.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -46,7 +46,7 @@ protected:
         return run.Errors();
     }
 
-    TemporaryFolder m_folder;
+    test_support::TemporaryFolder m_folder;
 };
 
 std::uint32_t ColorAt(const Picture& picture, std::uint32_t x, std::uint32_t y)

@@ -1,8 +1,8 @@
 #include "host/output/PngFile.h"
 
 #include "host/HostError.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/support/Picture.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@ namespace
 {
 TEST(WritePng, EveryPixelComesBack)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     const std::filesystem::path file = folder.Path() / "a.png";
     Canvas canvas(67, 5);
     for (std::uint32_t y = 0; y < 5; ++y)
@@ -43,7 +43,7 @@ TEST(WritePng, EveryPixelComesBack)
 
 TEST(WritePng, AFolderThatIsNotThereIsAnOutputError)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     const Canvas canvas(2, 2);
     try
     {

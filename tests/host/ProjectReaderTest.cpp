@@ -1,7 +1,7 @@
 #include "host/project/ProjectReader.h"
 
 #include "host/HostError.h"
-#include "tests/host/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -348,7 +348,7 @@ TEST(ProjectReader, RefusesPathsThatNameNoFile)
 
 TEST(ProjectReader, ReadsAFileWhoseNameIsNotUtf8)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     const std::filesystem::path file = folder.Path() / "p\xFF.json";
     std::ofstream(file) << kGood;
     const Project project = ProjectReader::ReadFile(file);
@@ -357,7 +357,7 @@ TEST(ProjectReader, ReadsAFileWhoseNameIsNotUtf8)
 
 TEST(ProjectReader, FilesThatCannotBeReadAreProjectErrors)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     const auto reasonOf = [](const std::filesystem::path& file)
     {
         try

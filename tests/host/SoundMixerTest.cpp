@@ -3,9 +3,9 @@
 #include "host/HostError.h"
 #include "host/project/ProjectReader.h"
 #include "host/sound/SoundTime.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/support/ClipFixture.h"
 #include "tests/support/ReferenceSound.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -63,7 +63,7 @@ protected:
     }
 
     test_support::MediaServices m_services;
-    TemporaryFolder m_folder;
+    test_support::TemporaryFolder m_folder;
     Sound m_low = test_support::Tone(48'000, 100, 0.4);
     Sound m_high = test_support::Tone(24'000, 700, 0.4);
 };

@@ -1,10 +1,10 @@
 // The whole program and the sound of projects.
 #include "tests/host/DecodedVideo.h"
 #include "tests/host/Program.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/support/ClipFixture.h"
 #include "tests/support/MediaFolder.h"
 #include "tests/support/ReferenceSound.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -48,7 +48,7 @@ protected:
     }
 
     test_support::MediaServices m_services;
-    TemporaryFolder m_folder;
+    test_support::TemporaryFolder m_folder;
 };
 
 /// Sound that was coded with loss is that of @p exact from sample @p from on: a shift by one sample fits worse by far.

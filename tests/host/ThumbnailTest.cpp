@@ -1,10 +1,10 @@
 // Thumbnails of media files of every kind.
 #include "tests/decoders/still/TinyGif.h"
 #include "tests/host/Program.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/support/FrameStripReader.h"
 #include "tests/support/MediaFolder.h"
 #include "tests/support/Picture.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -47,7 +47,7 @@ protected:
         return picture;
     }
 
-    TemporaryFolder m_folder;
+    test_support::TemporaryFolder m_folder;
 };
 
 TEST_F(Thumbnails, AVideoIs640PixelsWideAndShowsTheFrameAtATime)

@@ -1,9 +1,9 @@
 // The whole program over transitions and colour keys.
 #include "tests/host/Program.h"
-#include "tests/host/TemporaryFolder.h"
 #include "tests/support/FrameStripReader.h"
 #include "tests/support/MediaFolder.h"
 #include "tests/support/Picture.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -72,7 +72,7 @@ protected:
         ASSERT_TRUE(test_support::WritePng(Name(name), picture));
     }
 
-    TemporaryFolder m_folder;
+    test_support::TemporaryFolder m_folder;
 };
 
 std::vector<int> ColorAt(const Picture& picture, std::uint32_t x, std::uint32_t y)

@@ -2,7 +2,7 @@
 
 #include "host/HostError.h"
 #include "tests/host/DecodedVideo.h"
-#include "tests/host/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -34,7 +34,8 @@ EncoderSettings Settings(std::uint32_t width, std::uint32_t height, const char* 
     return {width, height, FrameRate::Parse(pRate).value(), 0, "ultrafast"};
 }
 
-DecodedVideo Encode(const TemporaryFolder& folder, const EncoderSettings& settings, std::uint32_t pixel, int frames)
+DecodedVideo Encode(const test_support::TemporaryFolder& folder, const EncoderSettings& settings, std::uint32_t pixel,
+                    int frames)
 {
     const std::filesystem::path file = folder.Path() / "a.mp4";
     const Canvas canvas = Filled(settings.width, settings.height, pixel);
@@ -47,7 +48,7 @@ DecodedVideo Encode(const TemporaryFolder& folder, const EncoderSettings& settin
 
 TEST(VideoEncoder, TheStreamSaysWhatItIs)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     const DecodedVideo video = Encode(folder, Settings(64, 48, "30"), 0xFF000000U, 5);
     ASSERT_TRUE(video.readable);
     EXPECT_EQ(video.codec, "h264");
@@ -66,7 +67,7 @@ TEST(VideoEncoder, FrameTimesAndDurationAreExactForEveryRate)
 {
     for (const char* const pRate : {"30", "30000/1001", "24000/1001", "25", "12.5", "1/3", "999.999", "7/3"})
     {
-        const TemporaryFolder folder;
+        const test_support::TemporaryFolder folder;
         const EncoderSettings settings = Settings(16, 16, pRate);
         const DecodedVideo video = Encode(folder, settings, 0xFF808080U, 10);
         ASSERT_EQ(video.frames.size(), 10U) << pRate;
@@ -87,7 +88,7 @@ TEST(VideoEncoder, ColoursFollowTheBt709FormulaWithinOneLevel)
     for (const std::uint32_t pixel :
          {0xFF000000U, 0xFFFFFFFFU, 0xFFFF0000U, 0xFF00FF00U, 0xFF0000FFU, 0xFFFFFF00U, 0xFF123456U, 0xFFC08040U})
     {
-        const TemporaryFolder folder;
+        const test_support::TemporaryFolder folder;
         const DecodedVideo video = Encode(folder, Settings(32, 32, "30"), pixel, 1);
         ASSERT_EQ(video.frames.size(), 1U);
         const double r = (pixel >> 16 & 255) / 255.0;
@@ -109,7 +110,7 @@ TEST(VideoEncoder, ColoursFollowTheBt709FormulaWithinOneLevel)
 
 TEST(VideoEncoder, FramesKeepTheirOrder)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     const std::filesystem::path file = folder.Path() / "a.mp4";
     EncoderSettings settings = Settings(64, 64, "30");
     settings.preset = "medium"; // with B-frames and look-ahead
@@ -126,13 +127,13 @@ TEST(VideoEncoder, FramesKeepTheirOrder)
 
 TEST(VideoEncoder, TheSmallestPictureWorks)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     EXPECT_EQ(Encode(folder, Settings(2, 2, "30"), 0xFFFFFFFFU, 3).frames.size(), 3U);
 }
 
 TEST(VideoEncoder, NothingIsLeftBehindWithoutFinish)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     {
         VideoEncoder encoder(folder.Path() / "a.mp4", Settings(64, 64, "30"));
         encoder.Write(Filled(64, 64, 0xFF00FF00U));
@@ -142,7 +143,7 @@ TEST(VideoEncoder, NothingIsLeftBehindWithoutFinish)
 
 TEST(VideoEncoder, AColonInTheNameIsJustACharacter)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     const std::filesystem::path file = folder.Path() / "pipe:1 \xFF%d.mp4";
     VideoEncoder encoder(file, Settings(16, 16, "30"));
     encoder.Write(Filled(16, 16, 0xFF00FF00U));

@@ -1,7 +1,7 @@
 #include "host/output/WaveFile.h"
 
 #include "host/HostError.h"
-#include "tests/host/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@ std::string Content(const std::filesystem::path& path)
 
 TEST(WaveFile, HoldsAHeaderAndTheSamples)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     const std::filesystem::path path = folder.Path() / "a.wav";
     {
         WaveFile file(path, 3);
@@ -48,7 +48,7 @@ TEST(WaveFile, HoldsAHeaderAndTheSamples)
 
 TEST(WaveFile, WhatLiesBeyondFullScaleIsCut)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     const std::filesystem::path path = folder.Path() / "a.wav";
     WaveFile file(path, 1);
     const float samples[] = {7, -7};
@@ -59,7 +59,7 @@ TEST(WaveFile, WhatLiesBeyondFullScaleIsCut)
 
 TEST(WaveFile, NothingIsLeftOfAFileThatIsNotFinished)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     {
         WaveFile file(folder.Path() / "a.wav", 1);
     }
@@ -68,7 +68,7 @@ TEST(WaveFile, NothingIsLeftOfAFileThatIsNotFinished)
 
 TEST(WaveFile, RefusesWhatTheFormatCannotHold)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     try
     {
         const WaveFile file(folder.Path() / "a.wav", std::uint64_t{48'000} * 3'600 * 7);

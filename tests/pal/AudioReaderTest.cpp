@@ -1,5 +1,6 @@
 #include "engine/platform/RefPtr.h"
 #include "tests/pal/SoundBytes.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -7,11 +8,8 @@
 #include <mferror.h>
 #include <mfreadwrite.h>
 
-#include <unistd.h>
-
 #include <cmath>
 #include <cstring>
-#include <fstream>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,15 +22,10 @@ class AudioReader : public testing::Test
 {
 protected:
     /// Opens a file with these bytes.
-    HRESULT Open(const std::string& bytes, const std::string& name = "qmx_sound.wav")
+    HRESULT Open(const std::string& bytes, const std::string& name = "sound.wav")
     {
-        // Other tests may run at the same time in processes of their own.
-        const std::string path = testing::TempDir() + std::to_string(getpid()) + name;
-        std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-        const HRESULT hr =
-            MFCreateSourceReaderFromURL(std::wstring(path.begin(), path.end()).c_str(), nullptr, reader.Put());
-        unlink(path.c_str()); // an open file stays
-        return hr;
+        const test_support::TemporaryFolder folder; // an open file stays
+        return MFCreateSourceReaderFromURL(folder.Write(name, bytes).wstring().c_str(), nullptr, reader.Put());
     }
     HRESULT Ask(const GUID& subtype, std::optional<UINT32> rate, std::optional<UINT32> channels)
     {
@@ -278,7 +271,7 @@ TEST_F(AudioReader, AChangeOfTheStoredFormatIsReportedAndTheSoundGoesOn)
         bytes += SilentAdtsFrame(3);
     for (int i = 0; i < 40; ++i)
         bytes += SilentAdtsFrame(6);
-    ASSERT_EQ(Open(bytes, "qmx_change.aac"), S_OK);
+    ASSERT_EQ(Open(bytes, "change.aac"), S_OK);
     ASSERT_EQ(Ask(MFAudioFormat_PCM, std::nullopt, std::nullopt), S_OK);
     EXPECT_EQ(Current(MF_MT_AUDIO_SAMPLES_PER_SECOND), 48'000U);
     int changes = 0;
@@ -300,7 +293,7 @@ TEST_F(AudioReader, AChangeOfTheStoredFormatIsReportedAndTheSoundGoesOn)
     EXPECT_NEAR(static_cast<double>(after), 40 * 1'024, 2'048);
 
     // With a rate that is fixed, only the native type changes.
-    ASSERT_EQ(Open(bytes, "qmx_change.aac"), S_OK);
+    ASSERT_EQ(Open(bytes, "change.aac"), S_OK);
     ASSERT_EQ(Ask(MFAudioFormat_PCM, 48'000, 2), S_OK);
     std::size_t all = 0;
     DWORD seen = 0;
@@ -318,7 +311,7 @@ TEST_F(AudioReader, DurationOfABareStreamIsCounted)
     std::string bytes;
     for (int i = 0; i < 200; ++i)
         bytes += SilentAdtsFrame(3, i < 100 ? 0 : 200); // the rate of bits changes, so a guess is wrong
-    ASSERT_EQ(Open(bytes, "qmx_bare.aac"), S_OK);
+    ASSERT_EQ(Open(bytes, "bare.aac"), S_OK);
     PROPVARIANT value;
     ASSERT_EQ(reader->GetPresentationAttribute(MF_SOURCE_READER_MEDIASOURCE, MF_PD_DURATION, &value), S_OK);
     EXPECT_EQ(value.uhVal.QuadPart, 42'666'667U); // 200 * 1024 / 48,000 seconds

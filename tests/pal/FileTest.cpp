@@ -1,4 +1,5 @@
 #include "pal/kernel/PathText.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -31,17 +32,11 @@ std::uint64_t Ticks(const FILETIME& time)
 class TemporaryFile
 {
 public:
-    TemporaryFile()
-    {
-        const int descriptor = mkstemp(m_path.data());
-        if (descriptor >= 0)
-            close(descriptor);
-    }
-    ~TemporaryFile() { std::remove(m_path.c_str()); }
     const std::string& GetPath() const { return m_path; }
 
 private:
-    std::string m_path = testing::TempDir() + "qmx_file_XXXXXX";
+    test_support::TemporaryFolder m_folder;
+    std::string m_path = m_folder.Write("file", "").string();
 };
 } // namespace
 
@@ -81,7 +76,8 @@ TEST(PathFileExistsW, FindsFilesAndFolders)
 
 TEST(Wfopen, OpensAPathOfAnyBytes)
 {
-    const std::string path = testing::TempDir() + "qmx_\xC3\xA9_\xFF";
+    const test_support::TemporaryFolder folder;
+    const std::string path = folder.Path().string() + "/\xC3\xA9_\xFF";
     const std::wstring wide = pal::FromPathBytes(path);
     std::FILE* pFile = _wfopen(wide.c_str(), L"wb");
     ASSERT_NE(pFile, nullptr);

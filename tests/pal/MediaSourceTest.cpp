@@ -1,4 +1,5 @@
 #include "engine/platform/RefPtr.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/TinyMatroska.h"
 
 #include <gtest/gtest.h>
@@ -9,25 +10,21 @@
 #include <propkey.h>
 #include <propvarutil.h>
 
-#include <cstdio>
-#include <fstream>
+#include <cstdint>
 #include <string>
 
 namespace
 {
-/// A file that is gone with the test.
 class MediaSource : public testing::Test
 {
 protected:
-    ~MediaSource() override { std::remove(m_path.c_str()); }
-
-    void Write(const std::string& bytes) const { std::ofstream(m_path, std::ios::binary) << bytes; }
+    void Write(const std::string& bytes) const { m_folder.Write("film.mkv", bytes); }
     HRESULT Resolve(IUnknown** ppObject) const
     {
         ComPtr<IMFSourceResolver> pResolver;
         EXPECT_EQ(MFCreateSourceResolver(pResolver.Put()), S_OK);
         MF_OBJECT_TYPE type = MF_OBJECT_INVALID;
-        const std::wstring path(m_path.begin(), m_path.end());
+        const std::wstring path = (m_folder.Path() / "film.mkv").wstring();
         const HRESULT hr =
             pResolver->CreateObjectFromURL(path.c_str(), MF_RESOLUTION_MEDIASOURCE, nullptr, &type, ppObject);
         EXPECT_EQ(type, SUCCEEDED(hr) ? MF_OBJECT_MEDIASOURCE : MF_OBJECT_INVALID);
@@ -51,7 +48,7 @@ protected:
     }
 
 private:
-    const std::string m_path = testing::TempDir() + "qmx_media_source.mkv";
+    const test_support::TemporaryFolder m_folder;
 };
 } // namespace
 

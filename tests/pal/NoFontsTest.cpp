@@ -1,5 +1,6 @@
 // What text services answer on a system without a single font.
 #include "engine/platform/RefPtr.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -7,21 +8,18 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-
-#include <unistd.h>
+#include <string>
 
 namespace
 {
 TEST(TextWithoutFonts, IsRefusedQuietly)
 {
-    const std::filesystem::path folder =
-        std::filesystem::temp_directory_path() / ("qmx-no-fonts-" + std::to_string(getpid()));
-    std::filesystem::create_directories(folder / "empty");
-    const std::filesystem::path config = folder / "fonts.conf";
-    std::ofstream(config) << "<?xml version=\"1.0\"?><!DOCTYPE fontconfig SYSTEM \"fonts.dtd\"><fontconfig><dir>"
-                          << (folder / "empty").string() << "</dir><cachedir>" << (folder / "cache").string()
-                          << "</cachedir></fontconfig>";
+    const test_support::TemporaryFolder folder;
+    const std::string path = folder.Path().string();
+    std::filesystem::create_directory(path + "/empty");
+    const std::filesystem::path config = folder.Write(
+        "fonts.conf", "<?xml version=\"1.0\"?><!DOCTYPE fontconfig SYSTEM \"fonts.dtd\"><fontconfig><dir>" + path +
+                          "/empty</dir><cachedir>" + path + "/cache</cachedir></fontconfig>");
     setenv("FONTCONFIG_FILE", config.c_str(), 1);
 
     ComPtr<IDWriteFactory4> pText;
@@ -39,6 +37,5 @@ TEST(TextWithoutFonts, IsRefusedQuietly)
     EXPECT_EQ(pText->CreateTextLayout(L"text", 4, pFormat.Get(), 100, 100, pLayout.Put()), DWRITE_E_NOFONT);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_FALSE(pLayout);
-    std::filesystem::remove_all(folder);
 }
 } // namespace

@@ -1,7 +1,7 @@
 #include "tests/support/MediaFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <cstdlib>
-#include <random>
 
 namespace test_support
 {
@@ -12,26 +12,6 @@ std::filesystem::path FromEnvironment(const char* name, const char* configured)
     const char* const value = std::getenv(name);
     return value && *value ? value : configured;
 }
-
-struct Scratch
-{
-    Scratch()
-    {
-        std::random_device random;
-        do
-            folder = std::filesystem::temp_directory_path() / ("qmx-tests-" + std::to_string(random()));
-        while (!std::filesystem::create_directory(folder));
-    }
-    ~Scratch()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(folder, ignored);
-    }
-    Scratch(const Scratch&) = delete;
-    Scratch& operator=(const Scratch&) = delete;
-
-    std::filesystem::path folder;
-};
 } // namespace
 
 std::filesystem::path MediaFolder()
@@ -46,7 +26,7 @@ std::filesystem::path CorpusFolder()
 
 std::filesystem::path ScratchFolder()
 {
-    static const Scratch scratch;
-    return scratch.folder;
+    static const TemporaryFolder scratch;
+    return scratch.Path();
 }
 } // namespace test_support

@@ -3,10 +3,10 @@
 #include "engine/platform/PixelUtility.h"
 #include "engine/qmx.h"
 #include "tests/decoders/still/TinyGif.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -129,12 +129,11 @@ void PrintGif()
     gif.Control(10, 3).Solid(30, 20, 50, 30, 1);
     gif.Control(10, 0).Solid(80, 40, 40, 40, 3);
     gif.End();
-    const std::filesystem::path file = std::filesystem::temp_directory_path() / "qmx-pixel-results.gif";
-    std::ofstream(file, std::ios::binary)
-        .write(reinterpret_cast<const char*>(gif.bytes.data()), static_cast<std::streamsize>(gif.bytes.size()));
+    const test_support::TemporaryFolder folder;
+    const std::filesystem::path file =
+        folder.Write("animation.gif", {reinterpret_cast<const char*>(gif.bytes.data()), gif.bytes.size()});
     for (const std::uint64_t time : {0U, 150U, 250U, 350U, 450U, 900U})
         PrintClip("gif at " + std::to_string(time), QMXClipType_Image, file, time);
-    std::filesystem::remove(file);
 }
 } // namespace
 

@@ -4,7 +4,7 @@
 
 #include "engine/decoders/media/MediaInfo.h"
 #include "tests/decoders/media/FakeMedia.h"
-#include "tests/host/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -84,6 +84,6 @@ protected:
     FakeMedia media;
 
 private:
-    qmx::host::TemporaryFolder m_folder;
+    test_support::TemporaryFolder m_folder;
     const std::filesystem::path m_file = m_folder.Path() / "fake.mp3";
 };

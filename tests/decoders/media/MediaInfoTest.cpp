@@ -240,7 +240,7 @@ TEST_F(QMXGetVideoInfoTest, NameThatEndsInSwfInAnyCaseIsAFlashMovie)
     // 64 by 48 pixels, 25.5 frames a second, two empty frames.
     const unsigned char movie[] = {0x46, 0x57, 0x53, 0x0A, 0x19, 0x00, 0x00, 0x00, 0x60, 0x00, 0x28, 0x00, 0x00,
                                    0x1E, 0x00, 0x80, 0x19, 0x02, 0x00, 0x40, 0x00, 0x40, 0x00, 0x00, 0x00};
-    const qmx::host::TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     for (const char* const pName : {"a.SWF", "b.swf", "c.mp4.Swf", "swf"}) // the last: a name without an extension
     {
         const std::filesystem::path path = folder.Path() / pName;

@@ -2,12 +2,12 @@
 /// Bytes as a file on disk.
 #pragma once
 
-#include <unistd.h>
+#include "tests/support/TemporaryFolder.h"
 
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// A file that goes away with the object.
@@ -15,23 +15,14 @@ class PictureFile
 {
 public:
     PictureFile(const std::vector<std::uint8_t>& bytes, const std::string& extension)
+        : m_path(m_folder.Write("picture." + extension,
+                                std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size())))
     {
-        static int count = 0;
-        m_path = std::filesystem::temp_directory_path() /
-                 ("qmx-picture-" + std::to_string(getpid()) + "-" + std::to_string(++count) + "." + extension);
-        std::ofstream(m_path, std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     }
-    ~PictureFile()
-    {
-        std::error_code ignored;
-        std::filesystem::remove(m_path, ignored);
-    }
-    PictureFile(const PictureFile&) = delete;
-    PictureFile& operator=(const PictureFile&) = delete;
 
     std::wstring Path() const { return m_path.wstring(); }
 
 private:
+    test_support::TemporaryFolder m_folder;
     std::filesystem::path m_path;
 };

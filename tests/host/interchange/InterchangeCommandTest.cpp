@@ -1,6 +1,6 @@
 // qmx import and qmx export, run as a user runs them.
 #include "tests/host/Program.h"
-#include "tests/host/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <nlohmann/json.hpp>
 
@@ -32,7 +32,7 @@ protected:
         return (std::filesystem::path(QMX_TIMELINES_DIR) / file).string();
     }
 
-    TemporaryFolder m_folder;
+    test_support::TemporaryFolder m_folder;
 };
 
 const char* const kPictures = R"({"width": 96, "height": 64, "frameRate": "30000/1001", "tracks": [

@@ -1,6 +1,6 @@
 // Films and sound on their way through a timeline.
 #include "tests/host/Program.h"
-#include "tests/host/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <nlohmann/json.hpp>
 
@@ -15,7 +15,7 @@ namespace
 {
 TEST(InterchangeFilm, ShowsTheSamePicturesAndHasItsLength)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     const auto name = [&](const char* pFile) { return (folder.Path() / pFile).string(); };
     std::ofstream(folder.Path() / "title.json") << R"({"width": 64, "height": 48, "frameRate": 25, "tracks": [{"id": 1,
         "mute": true, "clips": [{"type": "title", "start": 0, "duration": 2, "texts": [{"text": "Moving", "fontName": "DejaVu Sans",
@@ -42,7 +42,7 @@ TEST(InterchangeFilm, ShowsTheSamePicturesAndHasItsLength)
 
 TEST(InterchangeFilm, GivesATimelineWithoutASizeItsOwn)
 {
-    const TemporaryFolder folder;
+    const test_support::TemporaryFolder folder;
     const auto name = [&](const char* pFile) { return (folder.Path() / pFile).string(); };
     std::ofstream(folder.Path() / "c.json") << R"({"width": 70, "height": 50, "frameRate": 20, "tracks": [{"id": 1,
         "clips": [{"type": "color", "start": 0, "duration": 1}]}]})";

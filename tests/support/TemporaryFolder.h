@@ -2,12 +2,16 @@
 #pragma once
 
 #include <filesystem>
+#include <fstream>
+#include <ios>
 #include <random>
 #include <string>
+#include <string_view>
 
-namespace qmx::host
+namespace test_support
 {
-/// An empty folder that goes away with everything in it.
+/// An empty folder that goes away with everything in it. No other test has the same one, nor does any that runs in
+/// another process at the same time.
 class TemporaryFolder
 {
 public:
@@ -27,6 +31,13 @@ public:
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
     const std::filesystem::path& Path() const { return m_path; }
+    /// Makes the file @p name of @p bytes, or fills it anew, and gives its path.
+    std::filesystem::path Write(const std::string& name, std::string_view bytes) const
+    {
+        std::filesystem::path path = m_path / name;
+        std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        return path;
+    }
     /// Names in the folder, hidden ones included.
     std::size_t FileCount() const
     {
@@ -39,4 +50,4 @@ public:
 private:
     std::filesystem::path m_path;
 };
-} // namespace qmx::host
+} // namespace test_support
