@@ -1,6 +1,9 @@
 #include "companions/swfrenderer/VideoPool.h"
 
+#include "companions/swfrenderer/VideoEntries.h"
+
 #include <algorithm>
+#include <iterator>
 
 namespace swf
 {
@@ -24,7 +27,7 @@ void CVideoPool::BeginFrame(std::uint64_t work)
     for (Video& video : m_videos)
     {
         video.isUsed = false;
-        video.counted = 0;
+        video.first = video.end = 0;
     }
 }
 
@@ -49,9 +52,10 @@ CVideoPool::Video* CVideoPool::Find(std::uint16_t id, const VideoStream& stream)
         if (found == m_videos.end())
             return nullptr;
         found->pDecoder.reset(); // before the next one takes memory
+        found->entries = EntriesOf(stream);
         found->pDecoder = std::make_unique<CVideoDecoder>(stream);
         found->id = id;
-        found->counted = 0;
+        found->first = found->end = 0;
     }
     found->isUsed = true;
     return &*found;
@@ -62,16 +66,17 @@ const Bitmap* CVideoPool::PictureAt(std::uint16_t id, const VideoStream& stream,
     Video* const pVideo = Find(id, stream);
     if (!pVideo)
         return nullptr;
-    const auto count = static_cast<std::uint32_t>(std::min<std::size_t>(std::size_t{number} + 1, stream.frames.size()));
-    const bool fromStart = pVideo->counted == 0 || count < pVideo->counted;
-    if (count != pVideo->counted &&
-        Spend(stream.MostPixels() * kCostOfShowing + (fromStart ? kCostOfStart + stream.MostPixelsOnce() : 0)))
+    const auto end = static_cast<std::uint32_t>(std::min<std::size_t>(std::size_t{number} + 1, stream.frames.size()));
+    const std::uint32_t first = *std::prev(std::lower_bound(pVideo->entries.begin() + 1, pVideo->entries.end(), end));
+    const bool goesOn = pVideo->end > 0 && pVideo->first == first && pVideo->end <= end;
+    if ((!goesOn || pVideo->end < end) &&
+        Spend(stream.MostPixels() * kCostOfShowing + (goesOn ? 0 : kCostOfStart + stream.MostPixelsOnce())))
     {
-        if (fromStart)
-            pVideo->counted = 0;
-        while (pVideo->counted < count && Spend(CostOf(stream, pVideo->counted)))
-            ++pVideo->counted;
+        if (!goesOn)
+            pVideo->first = pVideo->end = first;
+        while (pVideo->end < end && Spend(CostOf(stream, pVideo->end)))
+            ++pVideo->end;
     }
-    return pVideo->pDecoder->PictureAfter(pVideo->counted);
+    return pVideo->pDecoder->PictureAfter(pVideo->first, pVideo->end);
 }
 } // namespace swf

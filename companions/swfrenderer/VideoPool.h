@@ -11,9 +11,9 @@
 
 namespace swf
 {
-/// Hands out pictures of videos. Work is counted as if every frame of the movie found its videos at their beginnings:
-/// a decoder that stands further on has less to do, never more, and which pictures are shown depends on the frame
-/// alone, not on those drawn before it. One thread at a time.
+/// Hands out pictures of videos, each decoded from the nearest entry before it. Work is counted as if every frame of
+/// the movie found its videos at their entries: a decoder that stands further on has less to do, never more, and which
+/// pictures are shown depends on the frame alone, not on those drawn before it. One thread at a time.
 class CVideoPool
 {
 public:
@@ -29,8 +29,10 @@ private:
     {
         std::uint16_t id = 0;
         std::unique_ptr<CVideoDecoder> pDecoder;
-        bool isUsed = false;       ///< in this frame of the movie
-        std::uint32_t counted = 0; ///< frames of the stream decoded for this frame of the movie, as far as work goes
+        std::vector<std::uint32_t> entries;
+        bool isUsed = false; ///< in this frame of the movie
+        // Frames of the stream decoded for this frame of the movie, as far as work goes; none where both are 0.
+        std::uint32_t first = 0, end = 0;
     };
     Video* Find(std::uint16_t id, const VideoStream& stream);
     bool Spend(std::uint64_t work);

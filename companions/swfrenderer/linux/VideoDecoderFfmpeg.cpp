@@ -162,19 +162,19 @@ struct CVideoDecoder::Codec
 CVideoDecoder::CVideoDecoder(const VideoStream& stream) : m_stream(stream) {}
 CVideoDecoder::~CVideoDecoder() = default;
 
-const Bitmap* CVideoDecoder::PictureAfter(std::uint32_t count)
+const Bitmap* CVideoDecoder::PictureAfter(std::uint32_t first, std::uint32_t end)
 {
-    if (count == 0)
+    if (first >= end)
         return nullptr;
-    if (!m_pCodec || count < m_next)
+    if (!m_pCodec || first != m_first || end < m_next)
     {
         m_hasPicture = false;
         m_pCodec.reset(); // before the next one takes memory
         m_pCodec = std::make_unique<Codec>();
-        m_next = 0;
+        m_first = m_next = first;
         m_pCodec->Open(m_stream);
     }
-    for (; m_next < count && m_next < m_stream.frames.size(); ++m_next)
+    for (; m_next < end && m_next < m_stream.frames.size(); ++m_next)
         if (const auto data = m_stream.frames[m_next]; !data.empty())
         {
             m_pCodec->Decode(data);

@@ -10,7 +10,7 @@ struct CVideoDecoder::Codec
 CVideoDecoder::CVideoDecoder(const VideoStream& stream) : m_stream(stream) {}
 CVideoDecoder::~CVideoDecoder() = default;
 
-const Bitmap* CVideoDecoder::PictureAfter(std::uint32_t)
+const Bitmap* CVideoDecoder::PictureAfter(std::uint32_t, std::uint32_t)
 {
     return nullptr;
 }

@@ -1,6 +1,8 @@
 /// @file VideoMoviesTest.cpp
 /// Videos inside movies: the right picture at every frame, and what happens where their work is used up.
+#include "companions/swfrenderer/VideoEntries.h"
 #include "tests/companions/TestSeed.h"
+#include "tests/companions/swfrenderer/EncodedVideo.h"
 #include "tests/companions/swfrenderer/MoviePlayer.h"
 #include "tests/companions/swfrenderer/VideoMovie.h"
 
@@ -114,6 +116,68 @@ TEST(VideosInMovies, StandStillWhereTheirWorkIsUsedUpHoweverAFrameIsReached)
         EXPECT_EQ(back.Frame(frame), pictures[frame]) << frame;
     for (std::uint32_t frame = 0; frame < kFrames; frame += 13)
         EXPECT_EQ(MoviePlayer(file, budget).Frame(frame), pictures[frame]) << frame;
+}
+
+TEST(VideosInMovies, AreEnteredAtTheNearestWholePicture)
+{
+    constexpr std::uint32_t kKeyDistance = 20, kLast = 20'000;
+    MovieBuilder m;
+    AddVideo(m, 1, kWidth, kHeight);
+    for (std::uint32_t i = 0; i <= kLast; ++i)
+        AddVideoFrame(m, 1, i, i % kKeyDistance == 0 ? PacketAt(0) : PacketAt(i % kKeyDistance));
+    constexpr std::uint32_t kShown[] = {5, kLast - 1, 19, kLast, 10'013};
+    PlaceVideo(m, 1, 1, kShown[0]).ShowFrame();
+    for (const std::uint32_t number : kShown)
+        TurnVideo(m, 1, number).ShowFrame();
+    swf::Budget budget;
+    budget.videoWork = 800'000; // far too little to reach them from the beginning
+    MoviePlayer player(m.File(kWidth, kHeight), budget);
+    for (std::uint32_t frame = 1; frame <= std::size(kShown); ++frame)
+        ExpectPicture(player.Frame(frame), kShown[frame - 1] % kKeyDistance);
+}
+
+TEST(VideosInMovies, LookTheSameWhereverTheyAreEntered)
+{
+    constexpr int kVideoWidth = 192, kVideoHeight = 64, kCount = 70;
+    struct
+    {
+        AVCodecID id;
+        AVPixelFormat format;
+        std::uint32_t number; ///< of the codec in the movie
+    } const kinds[] = {{AV_CODEC_ID_FLV1, AV_PIX_FMT_YUV420P, 2}, {AV_CODEC_ID_FLASHSV, AV_PIX_FMT_BGR24, 3}};
+    for (const auto& kind : kinds)
+    {
+        const EncodedVideo video(kind.id, kind.format, kVideoWidth, kVideoHeight, kCount, 20);
+        ASSERT_EQ(video.pictures.size(), static_cast<std::size_t>(kCount)) << kind.number;
+        swf::VideoStream stream;
+        stream.codec = kind.number;
+        stream.frames.assign(video.packets.begin(), video.packets.end());
+        ASSERT_EQ(swf::EntriesOf(stream), (std::vector<std::uint32_t>{0, 20, 40, 60})) << kind.number;
+
+        MovieBuilder m;
+        AddVideo(m, 1, kVideoWidth, kVideoHeight, kind.number);
+        for (std::uint32_t i = 0; i < kCount; ++i)
+            AddVideoFrame(m, 1, i, video.packets[i]);
+        PlaceVideo(m, 1, 1, 0).ShowFrame();
+        for (std::uint32_t i = 1; i < kCount; ++i)
+            TurnVideo(m, 1, i).ShowFrame();
+        MoviePlayer player(m.File(kVideoWidth, kVideoHeight));
+        TestRandom random;
+        for (std::uint32_t i = 0; i < 3 * kCount; ++i)
+        {
+            const std::uint32_t frame = i < kCount ? i : random.Between(0, kCount - 1);
+            const auto pixels = player.Frame(frame);
+            ASSERT_EQ(pixels.size(), video.pictures[frame].size());
+            int most = 0;
+            for (std::size_t at = 0; at < pixels.size(); ++at)
+            {
+                const int sample = video.pictures[frame][at];
+                const int expected = kind.format == AV_PIX_FMT_BGR24 ? sample : GreyOf(sample);
+                most = std::max(most, std::abs(static_cast<int>(pixels[at] & 255) - expected));
+            }
+            EXPECT_LE(most, kind.format == AV_PIX_FMT_BGR24 ? 0 : 1) << kind.number << ", frame " << frame;
+        }
+    }
 }
 
 TEST(VideosInMovies, AreNotShownWithoutWorkForThem)
