@@ -15,7 +15,14 @@
 namespace
 {
 constexpr std::size_t kOptions = 3;
-constexpr swf::Budget kBudget{std::size_t{4} << 20, 65'536, 400'000, 1 << 20, 16'384, 1 << 18, 1 << 16};
+constexpr swf::Budget kBudget{.bytes = std::size_t{4} << 20,
+                              .readSteps = 65'536,
+                              .tickWork = 400'000,
+                              .frameWork = 1 << 20,
+                              .frameEdges = 16'384,
+                              .frameCells = 1 << 18,
+                              .videoWork = 3 << 20, // enough for some decoders to begin
+                              .layerPixels = 1 << 16};
 
 /// FNV-1a over the frame; 0 when there is none.
 std::uint64_t Ask(CSWFRenderObj& movie, std::uint32_t index)

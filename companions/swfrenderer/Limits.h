@@ -29,8 +29,8 @@ inline constexpr std::uint32_t kMaxLayers = 24; ///< pictures beside the canvas 
 
 /// What one movie may take of memory and time. Time is counted in operations, never by a clock: the same movie always
 /// stops at the same place. What no longer fits is left out: a definition is not there, an object is not drawn, and
-/// where tickWork is used up the movie stands still. A video whose frame is too far from an entry for videoWork shows the
-/// picture that could be reached.
+/// where tickWork is used up the movie stands still. A video whose frame is too far from an entry for videoWork shows
+/// the picture that could be reached.
 struct Budget
 {
     std::size_t bytes = std::size_t{160} << 20;        ///< memory of the file unpacked, its definitions and its bitmaps
