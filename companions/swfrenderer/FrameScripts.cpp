@@ -352,14 +352,16 @@ std::size_t BytesOf(const std::vector<TimelineAction>& actions)
     return cb;
 }
 
-FrameActions ReadClass(const AbcFile& file, const AbcFile::Class& scripted, ReadBudget& budget)
+ClassActions ReadClass(const AbcFile& file, const AbcFile::Class& scripted, ReadBudget& budget)
 {
-    FrameActions out;
+    ClassActions out;
     const auto constructor = file.code.find(scripted.constructor);
     if (constructor == file.code.end())
         return out;
     CScriptRunner maker(file, budget);
     maker.Run(constructor->second);
+    if (budget.Take(BytesOf(maker.actions)))
+        out.onMade = std::move(maker.actions);
     if (maker.scripts.empty())
         return out;
     std::map<std::string_view, std::uint32_t> methods;
@@ -374,15 +376,15 @@ FrameActions ReadClass(const AbcFile& file, const AbcFile::Class& scripted, Read
         CScriptRunner runner(file, budget);
         runner.Run(body->second);
         if (budget.Take(BytesOf(runner.actions)))
-            out[frame] = std::move(runner.actions);
+            out.frameActions[frame] = std::move(runner.actions);
     }
     return out;
 }
 } // namespace
 
-std::map<std::string, FrameActions> ReadFrameScripts(std::span<const std::uint8_t> bytes, ReadBudget& budget)
+std::map<std::string, ClassActions> ReadClassActions(std::span<const std::uint8_t> bytes, ReadBudget& budget)
 {
-    std::map<std::string, FrameActions> out;
+    std::map<std::string, ClassActions> out;
     AbcFile file;
     CByteReader reader(bytes);
     ReadBudget own = budget; // the constants are needed here alone: their memory is given back
@@ -390,15 +392,18 @@ std::map<std::string, FrameActions> ReadFrameScripts(std::span<const std::uint8_
     budget.steps = own.steps;
     for (std::size_t i = 0; known && i < file.classes.size(); ++i)
     {
-        FrameActions actions = ReadClass(file, file.classes[i], budget);
-        if (!actions.empty())
+        ClassActions actions = ReadClass(file, file.classes[i], budget);
+        if (!actions.onMade.empty() || !actions.frameActions.empty())
             out.emplace(file.FullName(file.classes[i].name), std::move(actions));
     }
     return out;
 }
 
-void AddFrameActions(Timeline& timeline, FrameActions&& actions)
+void AddClassActions(Timeline& timeline, ClassActions&& actions)
 {
+    timeline.onMade = std::move(actions.onMade);
+    if (actions.frameActions.empty())
+        return;
     std::deque<FrameStep> steps;
     std::uint32_t first = 0;
     for (std::uint32_t frame = 0; frame < timeline.FrameCount(); ++frame)
@@ -409,7 +414,7 @@ void AddFrameActions(Timeline& timeline, FrameActions&& actions)
             steps.push_back(std::move(timeline.steps.front()));
             timeline.steps.pop_front(); // there is never twice the memory
         }
-        if (const auto found = actions.find(frame); found != actions.end())
+        if (const auto found = actions.frameActions.find(frame); found != actions.frameActions.end())
             for (TimelineAction& action : found->second)
                 steps.emplace_back(std::move(action));
         timeline.frameEnds[frame] = static_cast<std::uint32_t>(steps.size());

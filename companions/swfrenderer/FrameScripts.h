@@ -1,5 +1,5 @@
 /// @file FrameScripts.h
-/// Frame scripts of compiled scripts: those that move a timeline or set a property by constant values.
+/// Compiled scripts of timelines: what moves a timeline or sets a property by constant values.
 #pragma once
 
 #include "companions/swfrenderer/Movie.h"
@@ -12,14 +12,18 @@
 
 namespace swf
 {
-/// Actions by frame, counted from 0.
-using FrameActions = std::map<std::uint32_t, std::vector<TimelineAction>>;
+/// What a class does to the timelines of its objects.
+struct ClassActions
+{
+    std::vector<TimelineAction> onMade;                                ///< by the constructor
+    std::map<std::uint32_t, std::vector<TimelineAction>> frameActions; ///< by frame, counted from 0
+};
 
-/// What the classes of the script file in @p bytes do in the frames of their timelines, by full name. A constructor
-/// says which method belongs to which frame; of the method counts what comes before its first branch and needs no
-/// value from elsewhere. Every instruction is a step of @p budget.
-std::map<std::string, FrameActions> ReadFrameScripts(std::span<const std::uint8_t> bytes, ReadBudget& budget);
+/// The classes of the script file in @p bytes that do anything, by full name. A constructor also says which method
+/// belongs to which frame. Of constructors and methods counts what comes before the first branch and needs no value
+/// from elsewhere. Every instruction is a step of @p budget.
+std::map<std::string, ClassActions> ReadClassActions(std::span<const std::uint8_t> bytes, ReadBudget& budget);
 
 /// Puts @p actions behind what the frames of @p timeline do already.
-void AddFrameActions(Timeline& timeline, FrameActions&& actions);
+void AddClassActions(Timeline& timeline, ClassActions&& actions);
 } // namespace swf

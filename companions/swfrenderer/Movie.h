@@ -115,6 +115,7 @@ struct Timeline
 {
     std::deque<FrameStep> steps;          ///< many and large: nothing is moved while they are read
     std::vector<std::uint32_t> frameEnds; ///< frame n has the steps up to frameEnds[n]
+    std::vector<TimelineAction> onMade;   ///< once for every object of it, before those of its first frame
     std::unordered_map<std::string, std::uint32_t> labels;
 
     std::uint32_t FrameCount() const { return static_cast<std::uint32_t>(frameEnds.size()); }

@@ -112,7 +112,7 @@ bool CMovieReader::Read()
 {
     const std::span<const std::uint8_t> body(m_movie.file.body);
     ReadTags(body.subspan(m_movie.file.tagsAt), m_movie.root, true);
-    AddFrameScripts();
+    AddScripts();
     AddDeviceGlyphs(m_movie, m_budget);
     return m_movie.root.FrameCount() > 0;
 }
@@ -296,18 +296,18 @@ void CMovieReader::ReadClasses(CByteReader& tag)
 }
 
 /// Classes belong to sprites, and to the root as number 0. Each timeline has its actions from one class.
-void CMovieReader::AddFrameScripts()
+void CMovieReader::AddScripts()
 {
     std::set<std::uint16_t> scripted;
     for (const auto bytes : m_scripts)
-        for (auto& [name, actions] : ReadFrameScripts(bytes, m_budget))
+        for (auto& [name, actions] : ReadClassActions(bytes, m_budget))
         {
             const auto found = m_movie.classes.find(name);
             if (found == m_movie.classes.end() || !scripted.insert(found->second).second)
                 continue;
             Timeline* const pTimeline = found->second == 0 ? &m_movie.root : FindForChange<Timeline>(found->second);
             if (pTimeline)
-                AddFrameActions(*pTimeline, std::move(actions));
+                AddClassActions(*pTimeline, std::move(actions));
         }
 }
 

@@ -26,7 +26,7 @@ private:
     void ReadPlacement(std::uint32_t code, CByteReader& tag, Timeline& timeline);
     void ReadClipActions(CByteReader& tag, PlacementExtras& extras);
     void ReadClasses(CByteReader& tag);
-    void AddFrameScripts();
+    void AddScripts();
     void AddActions(std::span<const std::uint8_t> bytes, std::vector<TimelineAction>& out);
     void ReadBitmap(std::uint32_t code, std::uint16_t id, CByteReader& tag);
     void ReadSprite(std::uint16_t id, CByteReader& tag);

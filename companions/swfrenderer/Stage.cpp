@@ -106,7 +106,7 @@ void CStage::Restart()
     m_tick = m_work = m_markTick = m_markHash = m_markWork = m_round = 0;
     m_instances = 1;
     m_jumps = 0;
-    EnterFrame(*m_pRoot, 0);
+    EnterFirstFrame(*m_pRoot);
     RunActions();
 }
 
@@ -170,6 +170,15 @@ void CStage::Advance(Instance& sprite)
         if (child.pTimeline && child.bornAt < m_tick)
             Advance(child);
     }
+}
+
+/// Of a new object.
+void CStage::EnterFirstFrame(Instance& sprite)
+{
+    for (const TimelineAction& action : sprite.pTimeline->onMade)
+        Queue(sprite, action);
+    m_work += sprite.pTimeline->onMade.size();
+    EnterFrame(sprite, 0);
 }
 
 void CStage::EnterFrame(Instance& sprite, std::uint32_t frame)
@@ -307,7 +316,7 @@ void CStage::SetCharacter(Instance& object, std::uint16_t id)
     object.children.clear();
     object.pTimeline = m_movie.FindAs<Timeline>(id);
     if (object.pTimeline && object.nesting < kMaxNesting)
-        EnterFrame(object, 0);
+        EnterFirstFrame(object);
     else
         object.pTimeline = nullptr;
 }

@@ -56,6 +56,7 @@ private:
     void EnterFrame(Instance& sprite, std::uint32_t frame);
     void JumpTo(Instance& sprite, std::uint32_t frame);
     void DoSteps(Instance& sprite, std::uint32_t frame);
+    void EnterFirstFrame(Instance& sprite);
     void QueueActions(Instance& sprite, std::uint32_t frame);
     void Queue(Instance& sprite, const TimelineAction& action);
     void RunActions();

@@ -261,12 +261,12 @@ TEST(ActionsOfMovies, ComeWithTheFrameScriptsOfClasses)
     {
         ByteWriter w;
         w.U16(16).U16(46).U8(0).U8(0).U8(0); // versions, numbers
-        w.U8(6);
-        for (const std::string text : {"M", "addFrameScript", "frame1", "stop", "x"})
+        w.U8(7);
+        for (const std::string text : {"M", "addFrameScript", "frame1", "stop", "x", "gotoAndPlay"})
             w.U8(static_cast<std::uint32_t>(text.size())).Raw(Bytes(text.begin(), text.end()));
         w.U8(2).U8(0x16).U8(0).U8(0); // one namespace without a name, no sets
-        w.U8(6);
-        for (std::uint32_t n = 1; n < 6; ++n)
+        w.U8(7);
+        for (std::uint32_t n = 1; n < 7; ++n)
             w.U8(7).U8(1).U8(n);
         w.U8(4).Raw(Bytes(16, 0)).U8(0);                                                 // methods, no metadata
         w.U8(1).U8(1).U8(0).U8(0).U8(0).U8(0).U8(1).U8(3).U8(1).U8(0).U8(1).U8(2).U8(0); // the class
@@ -291,6 +291,17 @@ TEST(ActionsOfMovies, ComeWithTheFrameScriptsOfClasses)
     const std::size_t expected[] = {0, 3, 3, 3};
     for (std::uint32_t index = 0; index < 4; ++index)
         EXPECT_EQ(FirstOf(player.Frame(index), kRed), expected[index]) << index;
+    // A constructor acts when its object is made, and not when the timeline begins again.
+    const Bytes script{0xD0, 0x30, 0x5D, 4, 0x4F, 4, 0, 0x47};
+    MoviePlayer stopped(movie(file({0xD0, 0x30, 0xD0, 0x49, 0, 0x5D, 4, 0x4F, 4, 0, 0x47}, script)));
+    MoviePlayer moved(movie(file({0xD0, 0x30, 0xD0, 0x49, 0, 0xD0, 0x24, 3, 0x61, 5, 0x47}, script)));
+    MoviePlayer jumped(movie(file({0xD0, 0x30, 0xD0, 0x49, 0, 0x5D, 6, 0x24, 2, 0x4F, 6, 1, 0x47}, script)));
+    for (std::uint32_t index = 0; index < 7; ++index)
+    {
+        EXPECT_EQ(FirstOf(stopped.Frame(index), kRed), 0U) << index;
+        EXPECT_EQ(FirstOf(moved.Frame(index), kRed), 3 + index % 3) << index;
+        EXPECT_EQ(FirstOf(jumped.Frame(index), kRed), (index + 1) % 3) << index;
+    }
     // From a branch on nothing counts.
     MoviePlayer branching(movie(file(constructor, {0xD0, 0x30, 0x10, 0, 0, 0, 0x5D, 4, 0x4F, 4, 0, 0x47})));
     EXPECT_EQ(FirstOf(branching.Frame(2), kRed), 2U);
