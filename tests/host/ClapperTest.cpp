@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <ostream>
 
 namespace qmx::host
 {
@@ -58,6 +59,10 @@ struct Clapper
     int inPoint; ///< first picture that is shown
     int from;    ///< first frame that is rendered
 };
+void PrintTo(const Clapper& clapper, std::ostream* pStream)
+{
+    *pStream << clapper.name << ", " << clapper.seconds << " s";
+}
 
 class ClapperTest : public testing::TestWithParam<Clapper>
 {

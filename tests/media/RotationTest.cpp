@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 using namespace test_support;
 
 namespace
@@ -15,6 +17,10 @@ struct TurnedFilm
     const char* name;
     std::uint32_t rotation, width, height; ///< upright
 };
+void PrintTo(const TurnedFilm& film, std::ostream* pStream)
+{
+    *pStream << film.name;
+}
 
 class TurnedFilmTest : public testing::TestWithParam<TurnedFilm>
 {

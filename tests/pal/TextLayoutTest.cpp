@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <limits>
+#include <ostream>
 
 namespace
 {
@@ -37,6 +38,10 @@ struct Specimen
     const char* utf8;
     float size;
 };
+void PrintTo(const Specimen& specimen, std::ostream* pStream)
+{
+    *pStream << specimen.family << ' ' << specimen.weight << ", size " << specimen.size;
+}
 
 class TextLayoutAgainstHarfBuzz : public pal_test::DrawingTest, public testing::WithParamInterface<Specimen>
 {

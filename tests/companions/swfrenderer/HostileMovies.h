@@ -4,6 +4,7 @@
 
 #include "tests/companions/swfrenderer/MovieBuilder.h"
 
+#include <ostream>
 #include <vector>
 
 struct HostileMovie
@@ -12,6 +13,10 @@ struct HostileMovie
     Bytes (*make)();                   ///< the whole file
     std::vector<std::uint32_t> frames; ///< worth asking for
 };
+inline void PrintTo(const HostileMovie& movie, std::ostream* pStream)
+{
+    *pStream << movie.name;
+}
 
 /// Each opens.
 const std::vector<HostileMovie>& HostileMovies();
