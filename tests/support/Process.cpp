@@ -54,12 +54,13 @@ void OnCrash(int signal)
 
 void NameStepOnCrash()
 {
+    std::signal(SIGABRT, OnCrash); // which sanitizers leave alone
     if (__sanitizer_set_death_callback)
     {
         __sanitizer_set_death_callback(WriteStep);
         return;
     }
-    for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT})
+    for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL})
         std::signal(signal, OnCrash);
 }
 } // namespace
