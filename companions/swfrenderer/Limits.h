@@ -36,10 +36,10 @@ struct Budget
     std::size_t bytes = std::size_t{160} << 20;        ///< memory of the file unpacked, its definitions and its bitmaps
     std::size_t readSteps = std::size_t{16} << 20;     ///< records and actions read
     std::uint64_t tickWork = 200'000'000;              ///< of playing from the first frame, a unit taking some 4 ns
-    std::uint64_t frameWork = std::uint64_t{3} << 28;  ///< pixels painted or filtered for one frame
+    std::uint64_t frameWork = std::uint64_t{3} << 28;  ///< pixels painted in a solid colour or filtered for one frame
     std::uint64_t frameEdges = std::uint64_t{6} << 20; ///< straight edges drawn for one frame
     std::uint64_t frameCells = std::uint64_t{64} << 20; ///< pixels that edges pass through in one frame
-    std::uint64_t videoWork = std::uint64_t{3} << 28;   ///< pixels of videos decoded for one frame
+    std::uint64_t videoWork = std::uint64_t{5} << 26;   ///< pixels of videos decoded for one frame, each some 3 ns
     std::uint64_t layerPixels = std::uint64_t{8} << 20; ///< of pictures beside the canvas, or eight canvases if more
 };
 } // namespace swf

@@ -240,6 +240,21 @@ void CPaint::TransformColours(int n, std::uint32_t* pOut) const
     }
 }
 
+std::uint64_t CPaint::Cost() const
+{
+    switch (m_kind)
+    {
+    case FillKind::Solid:
+        return 1;
+    case FillKind::Linear:
+        return 4;
+    case FillKind::Radial:
+        return m_focus == 0 ? 6 : 8;
+    default:
+        return (m_bSmooth ? 8 : 3) + (m_bTransform ? 4 : 0);
+    }
+}
+
 void CPaint::Fetch(int x, int y, int n, std::uint32_t* pOut) const
 {
     if (m_kind == FillKind::Solid)

@@ -44,6 +44,8 @@ public:
 
     bool IsSolid() const { return m_kind == FillKind::Solid; }
     std::uint32_t Solid() const { return m_solid; }
+    /// Of a pixel, as measured, in pixels of a solid colour.
+    std::uint64_t Cost() const;
     /// Premultiplied colours of @p n pixels of row @p y from @p x on.
     void Fetch(int x, int y, int n, std::uint32_t* pOut) const;
 

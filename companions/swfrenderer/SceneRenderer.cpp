@@ -295,8 +295,11 @@ void CSceneRenderer::DrawEdges(std::uint16_t fills, bool nonZero, const Target& 
         yMin = std::min({yMin, edge.y0, edge.y1});
         yMax = std::max({yMax, edge.y0, edge.y1});
     }
+    std::uint64_t cost = 1; // of a pixel
+    for (std::size_t i = 0; i < std::min<std::size_t>(fills, m_paints.size()) && !target.pCovered; ++i)
+        cost = std::max(cost, m_paints[i].Cost());
     const Area area = AreaOf({xMin, yMin, xMax, yMax}).Meet(target.clip);
-    if (area.IsEmpty() || !Spend(area.Pixels()))
+    if (area.IsEmpty() || !Spend(area.Pixels() * cost))
         return;
     const std::uint64_t cells = CRasterizer::CellsOf(m_edges, area);
     if (cells > m_cellsLeft)

@@ -27,23 +27,26 @@ bool IsWholeH263(CByteReader packet)
     return packet.UB(2) == 0 && !packet.Failed();
 }
 
-/// A picture is whole where no block is left as it was: each has data.
-bool IsWholeScreen(CByteReader packet)
+/// A picture is whole where no block is left as it was: each has data. In the second version none of them may lean on
+/// other blocks either.
+bool IsWholeScreen(CByteReader packet, bool isSecondVersion)
 {
+    constexpr std::uint8_t kLeans = 7; ///< rows that stay, data of this picture's blocks, data of the last key frame's
     const auto blocksAlong = [&packet]
     {
         const std::uint32_t block = 16 * (packet.UB(4) + 1);
         return (packet.UB(12) + block - 1) / block;
     };
-    const std::uint32_t columns = blocksAlong();
-    for (std::uint32_t left = columns * blocksAlong(); left > 0 && !packet.Failed(); --left)
+    const std::uint32_t columns = blocksAlong(), rows = blocksAlong();
+    if (isSecondVersion && packet.U8() != 0) // a palette, or a picture of another kind
+        return false;
+    for (std::uint32_t left = columns * rows; left > 0 && !packet.Failed(); --left)
     {
-        const std::uint32_t cb = packet.UB(16);
-        if (cb == 0)
+        const std::span<const std::uint8_t> block = packet.Take(packet.UB(16));
+        if (block.empty() || (isSecondVersion && (block[0] & kLeans) != 0))
             return false;
-        packet.Skip(cb);
     }
-    return columns > 0 && !packet.Failed();
+    return columns > 0 && rows > 0 && !packet.Failed();
 }
 
 bool IsWholeVp6(std::span<const std::uint8_t> picture)
@@ -66,12 +69,13 @@ bool IsKeyFrame(std::uint32_t codec, std::span<const std::uint8_t> packet)
     case 2:
         return IsWholeH263(CByteReader(packet));
     case 3:
-        return IsWholeScreen(CByteReader(packet));
+    case 6:
+        return IsWholeScreen(CByteReader(packet), codec == 6);
     case 4:
         return IsWholeVp6(packet);
     case 5:
         return IsWholeVp6WithAlpha(CByteReader(packet));
-    default: // the second screen video: its blocks may lean on a key frame of their own
+    default:
         return false;
     }
 }

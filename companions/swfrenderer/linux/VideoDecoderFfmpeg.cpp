@@ -1,5 +1,7 @@
 #include "companions/swfrenderer/VideoDecoder.h"
 
+#include "companions/swfrenderer/VideoEntries.h"
+
 #include <algorithm>
 #include <mutex>
 
@@ -126,7 +128,8 @@ struct CVideoDecoder::Codec
         most = {static_cast<int>(stream.MostWidth()), static_cast<int>(stream.MostHeight())};
         isOpen = avcodec_open2(pContext, pCodec, nullptr) >= 0;
     }
-    void Decode(std::span<const std::uint8_t> data)
+    /// @param isKey  the packet is told to be a whole picture, which blocks of screen video lean on
+    void Decode(std::span<const std::uint8_t> data, bool isKey)
     {
         if (!isOpen)
             return;
@@ -134,6 +137,7 @@ struct CVideoDecoder::Codec
         bytes.resize(data.size() + AV_INPUT_BUFFER_PADDING_SIZE, 0);
         pPacket->data = bytes.data();
         pPacket->size = static_cast<int>(data.size());
+        pPacket->flags = isKey ? AV_PKT_FLAG_KEY : 0;
         if (avcodec_send_packet(pContext, pPacket) >= 0)
             while (avcodec_receive_frame(pContext, pFrame) >= 0)
             {
@@ -177,7 +181,7 @@ const Bitmap* CVideoDecoder::PictureAfter(std::uint32_t first, std::uint32_t end
     for (; m_next < end && m_next < m_stream.frames.size(); ++m_next)
         if (const auto data = m_stream.frames[m_next]; !data.empty())
         {
-            m_pCodec->Decode(data);
+            m_pCodec->Decode(data, IsKeyFrame(m_stream.codec, data));
             m_hasPicture = false;
         }
     if (!m_pCodec->pLast || !m_pCodec->pLast->data[0])

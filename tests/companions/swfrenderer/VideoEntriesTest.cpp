@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 using swf::EntriesOf;
 using swf::IsKeyFrame;
 using swf::VideoStream;
@@ -24,12 +26,15 @@ Bytes H263Head(int size, int type)
 }
 
 /// A picture of 40 by 20 in blocks of 16 by 16: three columns, two rows. @param sizes  bytes of each block
-Bytes ScreenPacket(const std::vector<int>& sizes)
+/// @param flags  of the second version's picture, where it is one  @param format  the first byte of each block
+Bytes ScreenPacket(const std::vector<int>& sizes, std::optional<std::uint32_t> flags = {}, std::uint8_t format = 0)
 {
     ByteWriter w;
     w.Bits(0, 4).Bits(40, 12).Bits(0, 4).Bits(20, 12);
+    if (flags)
+        w.U8(*flags);
     for (const int cb : sizes)
-        w.Bits(cb, 16).Raw(Bytes(static_cast<std::size_t>(cb), 0xAA));
+        w.Bits(cb, 16).Raw(Bytes(static_cast<std::size_t>(cb), format));
     return w.bytes;
 }
 
@@ -63,7 +68,20 @@ TEST(VideoEntries, KnowWholePicturesOfScreenVideo)
     EXPECT_FALSE(IsKeyFrame(kScreen, packet)) << "broken off";
     EXPECT_FALSE(IsKeyFrame(kScreen, {}));
     EXPECT_FALSE(IsKeyFrame(kScreen, ByteWriter().U32(0).bytes)) << "no picture at all";
-    EXPECT_FALSE(IsKeyFrame(kScreen2, ScreenPacket({1, 2, 3, 4, 5, 6})));
+}
+
+TEST(VideoEntries, KnowWholePicturesOfTheSecondScreenVideo)
+{
+    const std::vector<int> sizes{1, 2, 300, 4, 5, 6};
+    EXPECT_TRUE(IsKeyFrame(kScreen2, ScreenPacket(sizes, 0)));
+    EXPECT_TRUE(IsKeyFrame(kScreen2, ScreenPacket(sizes, 0, 0x10))) << "another depth of colour";
+    for (const std::uint8_t format : Bytes{1, 2, 4})
+        EXPECT_FALSE(IsKeyFrame(kScreen2, ScreenPacket(sizes, 0, format))) << "leans on others: " << int{format};
+    EXPECT_FALSE(IsKeyFrame(kScreen2, ScreenPacket(sizes, 1))) << "a palette";
+    EXPECT_FALSE(IsKeyFrame(kScreen2, ScreenPacket(sizes, 2))) << "a picture of another kind";
+    EXPECT_FALSE(IsKeyFrame(kScreen2, ScreenPacket({1, 2, 3, 4, 5, 0}, 0))) << "a block stays";
+    EXPECT_FALSE(IsKeyFrame(kScreen2, ScreenPacket({1, 2, 3, 4, 5}, 0))) << "a block is missing";
+    EXPECT_FALSE(IsKeyFrame(kScreen2, {}));
 }
 
 TEST(VideoEntries, KnowWholePicturesOfVp6)

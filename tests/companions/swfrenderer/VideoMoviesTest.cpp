@@ -144,7 +144,9 @@ TEST(VideosInMovies, LookTheSameWhereverTheyAreEntered)
         AVCodecID id;
         AVPixelFormat format;
         std::uint32_t number; ///< of the codec in the movie
-    } const kinds[] = {{AV_CODEC_ID_FLV1, AV_PIX_FMT_YUV420P, 2}, {AV_CODEC_ID_FLASHSV, AV_PIX_FMT_BGR24, 3}};
+    } const kinds[] = {{AV_CODEC_ID_FLV1, AV_PIX_FMT_YUV420P, 2},
+                       {AV_CODEC_ID_FLASHSV, AV_PIX_FMT_BGR24, 3},
+                       {AV_CODEC_ID_FLASHSV2, AV_PIX_FMT_BGR24, 6}};
     for (const auto& kind : kinds)
     {
         const EncodedVideo video(kind.id, kind.format, kVideoWidth, kVideoHeight, kCount, 20);
