@@ -44,7 +44,7 @@ public:
 
     bool IsSolid() const { return m_kind == FillKind::Solid; }
     std::uint32_t Solid() const { return m_solid; }
-    /// Of a pixel, as measured, in pixels of a solid colour.
+    /// Of a pixel, about, in pixels of a solid colour; smooth bitmaps count for less than they take.
     std::uint64_t Cost() const;
     /// Premultiplied colours of @p n pixels of row @p y from @p x on.
     void Fetch(int x, int y, int n, std::uint32_t* pOut) const;
